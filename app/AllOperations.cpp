@@ -1,0 +1,12 @@
+#include "AllOperations.h"
+
+#include "documents/DocumentOperations.h"
+
+namespace wendrel {
+
+void registerAllOperations(OperationCatalog& catalog)
+{
+    registerDocumentOperations(catalog);
+}
+
+}  // namespace wendrel

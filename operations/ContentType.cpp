@@ -1,0 +1,124 @@
+#include "ContentType.h"
+
+#include <QFileInfo>
+#include <QMimeDatabase>
+
+namespace wendrel {
+
+namespace {
+
+const QString itemName = QStringLiteral("all/all");
+const QString dataName = QStringLiteral("all/allfiles");
+const QString folderName = QStringLiteral("inode/directory");
+const QString audiovisualName = QStringLiteral("audiovisual/*");
+
+// QMimeDatabase is thread-safe; jobs look up types from worker threads.
+const QMimeDatabase& mimeDatabase()
+{
+    static const QMimeDatabase database;
+    return database;
+}
+
+bool isFamily(const QString& name) { return name.endsWith(QLatin1String("/*")); }
+
+// "image/*" takes every type whose name, or the name of any ancestor, is image/something:
+// an SVG counts as an image although its first parent is XML.
+bool belongsToFamily(const QString& name, const QString& family)
+{
+    const QStringView prefix = QStringView(family).chopped(1);  // "image/"
+    if (name.startsWith(prefix))
+        return true;
+    const QMimeType type = mimeDatabase().mimeTypeForName(name);
+    for (const QString& ancestor : type.allAncestors()) {
+        if (ancestor.startsWith(prefix))
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+ContentType ContentType::item() { return ContentType(itemName); }
+ContentType ContentType::data() { return ContentType(dataName); }
+ContentType ContentType::folder() { return ContentType(folderName); }
+ContentType ContentType::image() { return ContentType(QStringLiteral("image/*")); }
+ContentType ContentType::movie() { return ContentType(QStringLiteral("video/*")); }
+ContentType ContentType::audio() { return ContentType(QStringLiteral("audio/*")); }
+ContentType ContentType::audiovisualContent() { return ContentType(audiovisualName); }
+ContentType ContentType::plainText() { return ContentType(QStringLiteral("text/plain")); }
+
+ContentType ContentType::jpeg() { return fromMimeName(QStringLiteral("image/jpeg")); }
+ContentType ContentType::png() { return fromMimeName(QStringLiteral("image/png")); }
+ContentType ContentType::heic() { return fromMimeName(QStringLiteral("image/heif")); }
+ContentType ContentType::webp() { return fromMimeName(QStringLiteral("image/webp")); }
+ContentType ContentType::avif() { return fromMimeName(QStringLiteral("image/avif")); }
+ContentType ContentType::jpegXl() { return fromMimeName(QStringLiteral("image/jxl")); }
+ContentType ContentType::tiff() { return fromMimeName(QStringLiteral("image/tiff")); }
+ContentType ContentType::bmp() { return fromMimeName(QStringLiteral("image/bmp")); }
+ContentType ContentType::gif() { return fromMimeName(QStringLiteral("image/gif")); }
+ContentType ContentType::ico() { return fromMimeName(QStringLiteral("image/vnd.microsoft.icon")); }
+ContentType ContentType::svg() { return fromMimeName(QStringLiteral("image/svg+xml")); }
+ContentType ContentType::pdf() { return fromMimeName(QStringLiteral("application/pdf")); }
+ContentType ContentType::zipArchive() { return fromMimeName(QStringLiteral("application/zip")); }
+ContentType ContentType::commaSeparatedText() { return fromMimeName(QStringLiteral("text/csv")); }
+ContentType ContentType::tabSeparatedText()
+{
+    return fromMimeName(QStringLiteral("text/tab-separated-values"));
+}
+ContentType ContentType::subRip() { return fromMimeName(QStringLiteral("application/x-subrip")); }
+ContentType ContentType::webVtt() { return fromMimeName(QStringLiteral("text/vtt")); }
+
+ContentType ContentType::fromMimeName(const QString& mimeName)
+{
+    const QMimeType type = mimeDatabase().mimeTypeForName(mimeName);
+    return ContentType(type.isValid() ? type.name() : mimeName);
+}
+
+ContentType ContentType::ofFile(const QString& path)
+{
+    if (path.endsWith(QLatin1Char('/')))
+        return folder();
+
+    const QFileInfo info(path);
+    if (info.exists()) {
+        const QMimeType type = mimeDatabase().mimeTypeForFile(info, QMimeDatabase::MatchDefault);
+        if (type.isValid())
+            return ContentType(type.name());
+    }
+    const QString extension = info.suffix().toLower();
+    if (!extension.isEmpty()) {
+        const QMimeType type = mimeDatabase().mimeTypeForFile(
+            QStringLiteral("file.") + extension, QMimeDatabase::MatchExtension);
+        if (type.isValid() && !type.isDefault())
+            return ContentType(type.name());
+    }
+    return ContentType(QStringLiteral("application/octet-stream"));
+}
+
+bool ContentType::conformsTo(const ContentType& other) const
+{
+    if (m_name == other.m_name || other.m_name == itemName)
+        return true;
+    if (other.m_name == dataName)
+        return m_name != folderName && m_name != itemName && !m_name.startsWith(u"inode/");
+    if (other.m_name == audiovisualName)
+        return conformsTo(movie()) || conformsTo(audio());
+    if (isFamily(m_name))  // a family conforms to nothing but the families above
+        return false;
+    if (isFamily(other.m_name))
+        return belongsToFamily(m_name, other.m_name);
+    if (m_name == itemName || m_name == dataName)
+        return false;
+    return mimeDatabase().mimeTypeForName(m_name).inherits(other.m_name);
+}
+
+bool ContentType::conformsToAny(const QList<ContentType>& others) const
+{
+    for (const ContentType& other : others) {
+        if (conformsTo(other))
+            return true;
+    }
+    return false;
+}
+
+}  // namespace wendrel

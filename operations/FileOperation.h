@@ -1,0 +1,50 @@
+#pragma once
+
+#include "ContentType.h"
+#include "OperationContext.h"
+#include "OperationOutcome.h"
+#include "RingKind.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+namespace wendrel {
+
+class FileOperation;
+using FileOperationPtr = std::shared_ptr<const FileOperation>;
+
+// One entry of a ring: a leaf operation (Op) or a group that opens a second level (OpGroup).
+//
+// File locations are absolute local paths; a trailing '/' marks a folder. Entries are
+// immutable once built and are shared by the ring, the command line and the job's threads.
+class FileOperation {
+public:
+    virtual ~FileOperation() = default;
+
+    virtual const QString& id() const = 0;       // stable: "image.rotateLeft"
+    virtual const QString& title() const = 0;    // shown on the segment
+    virtual const QString& symbol() const = 0;   // the icon's design name, "photo"
+    virtual const QString& description() const = 0;  // one line of help
+    virtual RingKind ring() const = 0;
+
+    // False: the job runs the operation once per file. True: once with all files, in order.
+    virtual bool combinesInputs() const = 0;
+
+    virtual const QList<ContentType>& inputs() const = 0;
+
+    // Whether a file of this type fits the entry.
+    virtual bool accepts(const ContentType& type) const = 0;
+
+    // Does the work. Throws OperationError with the message the user sees.
+    virtual OperationOutcome run(const QStringList& paths, const OperationContext& context) const = 0;
+
+    virtual bool isGroup() const = 0;
+
+    // The second level for these files; empty for a leaf.
+    virtual QList<FileOperationPtr> children(const QStringList& paths) const = 0;
+};
+
+}  // namespace wendrel

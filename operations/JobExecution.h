@@ -1,0 +1,49 @@
+#pragma once
+
+#include "FileOperation.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace wendrel {
+
+// A file whose run failed while the job went on with the others.
+struct FileFailure {
+    QString source;
+    QString message;
+};
+
+// How a job ended.
+struct JobReport {
+    bool succeeded = false;
+    QString message;               // the result's name, "%lld files created", or why it failed
+    QStringList results;           // placed files, in input order
+    QList<FileFailure> failures;   // every run or placement that failed, in input order
+};
+
+struct JobRequest {
+    FileOperationPtr operation;
+    QStringList paths;
+    std::optional<QString> destinationFolder;  // none: next to each original
+};
+
+// Runs one entry over its files, start to finish, on the calling thread:
+// makes the scratch folder, runs the operation (once with all files when it combines its
+// inputs, otherwise once per file, several files at once on all cores), places the results in
+// input order and removes the scratch folder on every path, failures and cancellation included.
+//
+// A file that fails does not stop the others: their results are placed and the failure is
+// listed. The job fails as a whole only when nothing was placed. Once `cancelled` is set the
+// job stops as soon as the operations notice, and nothing is placed.
+//
+// `progress` receives the mean progress over the files, from any thread.
+JobReport executeJob(const JobRequest& request, std::shared_ptr<const std::atomic_bool> cancelled,
+                     const std::function<void(double)>& progress);
+
+}  // namespace wendrel

@@ -1,0 +1,4 @@
+#include "Logging.h"
+
+Q_LOGGING_CATEGORY(lcRing, "wendrel.ring", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcJobs, "wendrel.jobs", QtInfoMsg)

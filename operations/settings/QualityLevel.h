@@ -1,0 +1,8 @@
+#pragma once
+
+namespace wendrel {
+
+// How hard a compression works on the pictures of a PDF: high keeps the most detail.
+enum class QualityLevel { high, balanced, small };
+
+}  // namespace wendrel

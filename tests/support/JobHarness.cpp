@@ -1,0 +1,61 @@
+#include "JobHarness.h"
+
+#include "TestEnvironment.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace wendrel::test {
+
+JobReport runJob(JobRunner& runner, FileOperationPtr operation, const QStringList& paths,
+                 const std::optional<QString>& destinationFolder)
+{
+    JobReport report;
+    bool ended = false;
+    QEventLoop loop;
+    const QMetaObject::Connection connection = QObject::connect(
+        &runner, &JobRunner::jobEnded, &loop, [&](const JobRequest&, const JobReport& finished) {
+            report = finished;
+            ended = true;
+            loop.quit();
+        });
+    QTimer::singleShot(120'000, &loop, &QEventLoop::quit);  // a hung job fails, not blocks
+    if (!runner.run(std::move(operation), paths, destinationFolder)) {
+        ADD_FAILURE() << "the runner refused the job";
+        return report;
+    }
+    loop.exec();
+    QObject::disconnect(connection);
+    if (!ended)
+        ADD_FAILURE() << "the job did not end within two minutes";
+    return report;
+}
+
+FileOperationPtr makeEntry(const QString& id, Op::Body body, bool combinesInputs,
+                           QList<ContentType> inputs)
+{
+    return Op::make({
+        .id = id,
+        .title = id,
+        .symbol = {},
+        .ring = RingKind::tools,
+        .combinesInputs = combinesInputs,
+        .inputs = std::move(inputs),
+        .excludes = {},
+        .excludesExactly = {},
+        .description = {},
+        .body = std::move(body),
+    });
+}
+
+ProducedFile produce(const OperationContext& context, const QString& source, const QString& name,
+                     const QByteArray& bytes)
+{
+    const QString path = context.outputUrl(name);
+    writeFile(path, bytes);
+    return {path, name, source};
+}
+
+}  // namespace wendrel::test
