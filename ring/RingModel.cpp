@@ -1,6 +1,6 @@
 #include "RingModel.h"
 
-#include "FeedbackSounds.h"
+#include "platform/FeedbackSounds.h"
 #include "operations/JobRunner.h"
 #include "operations/Logging.h"
 #include "operations/OperationCatalog.h"

@@ -1,6 +1,6 @@
 #include "ring/RingModel.h"
 
-#include "ring/FeedbackSounds.h"
+#include "platform/FeedbackSounds.h"
 #include "operations/JobRunner.h"
 #include "operations/OpGroup.h"
 #include "operations/OperationCatalog.h"

@@ -1,0 +1,64 @@
+#include "AgentChannel.h"
+
+#include "operations/Logging.h"
+
+#include <QLocalSocket>
+
+namespace wendrel {
+
+AgentChannel::AgentChannel(QObject* parent) : QObject(parent)
+{
+    m_server.setSocketOptions(QLocalServer::UserAccessOption);
+    connect(&m_server, &QLocalServer::newConnection, this, &AgentChannel::onConnection);
+}
+
+bool AgentChannel::listen()
+{
+    const QString path = agentSocketPath();
+    {
+        QLocalSocket probe;
+        probe.connectToServer(path);
+        if (probe.waitForConnected(300))
+            return false;  // an agent is already there
+    }
+    // Whatever is left at the path belongs to an agent that is gone.
+    QLocalServer::removeServer(path);
+    if (!m_server.listen(path)) {
+        qCWarning(lcRing, "can't listen on %s: %s", qUtf8Printable(path), qUtf8Printable(m_server.errorString()));
+        return false;
+    }
+    return true;
+}
+
+void AgentChannel::onConnection()
+{
+    while (QLocalSocket* socket = m_server.nextPendingConnection()) {
+        connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+            while (socket->canReadLine()) {
+                const QByteArray line = socket->readLine(64 * 1024 * 1024);
+                if (const std::optional<AgentRequest> request = AgentRequest::fromLine(line)) {
+                    Q_EMIT requestReceived(*request);
+                } else {
+                    qCWarning(lcRing, "ignored a request the agent does not understand");
+                }
+            }
+        });
+    }
+}
+
+bool sendToAgent(const AgentRequest& request, int timeoutMilliseconds)
+{
+    QLocalSocket socket;
+    socket.connectToServer(agentSocketPath());
+    if (!socket.waitForConnected(timeoutMilliseconds))
+        return false;
+    socket.write(request.toLine());
+    const bool written = socket.waitForBytesWritten(timeoutMilliseconds);
+    socket.disconnectFromServer();
+    if (socket.state() != QLocalSocket::UnconnectedState)
+        socket.waitForDisconnected(timeoutMilliseconds);
+    return written;
+}
+
+}  // namespace wendrel
