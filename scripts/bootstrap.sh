@@ -19,7 +19,7 @@ packages=(
     zlib1g-dev libdeflate-dev
     # X11 triggers, sounds, a display for tests
     libx11-dev libxfixes-dev libxtst-dev libxi-dev libcanberra-dev sound-theme-freedesktop
-    xvfb xauth dbus dbus-x11 openbox xdotool x11-utils fonts-dejavu-core
+    xvfb xauth dbus dbus-x11 openbox trayer xdotool x11-utils fonts-dejavu-core desktop-file-utils
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev unzip zip time python3
     # independent readers the tests check outputs with

@@ -38,7 +38,10 @@ void AgentChannel::onConnection()
             while (socket->canReadLine()) {
                 const QByteArray line = socket->readLine(64 * 1024 * 1024);
                 if (const std::optional<AgentRequest> request = AgentRequest::fromLine(line)) {
-                    Q_EMIT requestReceived(*request);
+                    // Handled from the event loop, not from inside this socket's handler: a
+                    // request may open a modal dialog, and the socket may be gone by its end.
+                    QMetaObject::invokeMethod(
+                        this, [this, handled = *request] { Q_EMIT requestReceived(handled); }, Qt::QueuedConnection);
                 } else {
                     qCWarning(lcRing, "ignored a request the agent does not understand");
                 }

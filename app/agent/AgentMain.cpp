@@ -1,6 +1,7 @@
 #include "AgentMain.h"
 
 #include "AgentChannel.h"
+#include "Appearance.h"
 #include "Coordinator.h"
 #include "app/cli/CommandLine.h"
 #include "app/cli/ConsoleOutput.h"
@@ -35,6 +36,7 @@ int runAgent(int& argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Wendrel"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/wendrel/app/wendrel.svg")));
+    applyAppearance();
 
     if (sendToAgent({}, 500))
         return exitSuccess;  // another agent runs; it has been asked to come forward

@@ -1,0 +1,207 @@
+#!/usr/bin/env python3
+"""End to end, as a person would: the agent on a real (virtual) X11 desktop, a ring opened
+from the command line, a segment clicked with the pointer, the result on disk, the ring
+hiding after its delay, and the job announced on the session bus.
+
+Usage: ring_e2e.py WENDREL_BINARY [SCREENSHOT_FOLDER [WALLPAPER]]"""
+
+import configparser
+import math
+import os
+import shutil
+import struct
+import subprocess
+import sys
+import time
+import zlib
+
+from desktop import Desktop, wait_for
+
+RING = "Wendrel Ring"
+SEGMENT_RADIUS = 132  # between the centre disc (66) and the outer edge (198)
+
+failures = []
+
+
+def check(condition, message):
+    if not condition:
+        failures.append(message)
+        print("FAIL:", message, flush=True)
+    return condition
+
+
+def write_png(path, width, height):
+    """A small colourful RGB picture, written without any imaging library."""
+    rows = b"".join(
+        b"\0" + bytes(value for x in range(width) for value in (x * 255 // width, y * 255 // height, 160))
+        for y in range(height))
+
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data) & 0xffffffff)
+
+    png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
+    png += chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
+    with open(path, "wb") as file:
+        file.write(png)
+
+
+def segment_point(desktop, window, index, count):
+    """Screen position of segment `index` of `count`, clockwise from straight up."""
+    x, y, width, height = desktop.window_geometry(window)
+    angle = 2 * math.pi * index / count
+    return (x + width // 2 + round(SEGMENT_RADIUS * math.sin(angle)),
+            y + height // 2 - round(SEGMENT_RADIUS * math.cos(angle)))
+
+
+def open_ring(desktop, wendrel, kind, path, at=(640, 400)):
+    desktop.xdotool("mousemove", *at)
+    desktop.run([wendrel, "ring", kind, path])
+    return wait_for(lambda: desktop.visible_window(RING), timeout=15)
+
+
+REQUIRED_TOOLS = ("Xvfb", "openbox", "trayer", "xdotool", "import", "dbus-daemon", "dbus-monitor", "vipsheader")
+
+
+def main():
+    missing = [tool for tool in REQUIRED_TOOLS if not shutil.which(tool)]
+    if missing:
+        print("skipped: missing", ", ".join(missing))
+        sys.exit(77)
+    wendrel = os.path.abspath(sys.argv[1])
+    shots = sys.argv[2] if len(sys.argv) > 2 else None
+    wallpaper = sys.argv[3] if len(sys.argv) > 3 else None
+    desktop = Desktop()
+    try:
+        if wallpaper:
+            desktop.run(["display", "-window", "root", "-resize", "1280x800^", wallpaper], check=False)
+        # A tray to put the icon in, as a desktop panel would offer.
+        desktop.spawn(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28",
+                       "--SetDockType", "true"])
+        time.sleep(0.5)
+        log = open(os.path.join(desktop.root, "agent.log"), "w")
+        monitor_log = open(os.path.join(desktop.root, "bus.log"), "w")
+        desktop.spawn(["dbus-monitor", "--session", "type='signal',interface='org.wendrel.Wendrel'"], log=monitor_log)
+        agent = desktop.spawn([wendrel], log=log)
+        socket = os.path.join(desktop.env["XDG_RUNTIME_DIR"], "wendrel.socket")
+        check(wait_for(lambda: os.path.exists(socket), timeout=20), "the agent listens on its socket")
+
+        photo = os.path.join(desktop.home, "Holiday.png")
+        write_png(photo, 320, 200)
+        original = open(photo, "rb").read()
+
+        # The convert ring for a PNG: JPG is segment 0 of 10, straight up.
+        window = open_ring(desktop, wendrel, "convert", photo)
+        if not check(window, "the convert ring appears"):
+            return
+        x, y, width, height = desktop.window_geometry(window)
+        check((width, height) == (544, 544), f"the ring is 544 x 544 (got {width} x {height})")
+        check(abs(x + width // 2 - 640) <= 2 and abs(y + height // 2 - 400) <= 2, "the ring is centred on the pointer")
+        time.sleep(0.3)
+        if shots:
+            desktop.screenshot(os.path.join(shots, "ring-convert.png"), window)
+
+        desktop.xdotool("mousemove", *segment_point(desktop, window, 0, 10))
+        time.sleep(0.3)
+        if shots:
+            desktop.screenshot(os.path.join(shots, "ring-hover.png"), window)
+        desktop.xdotool("click", "1")
+        result = os.path.join(desktop.home, "Holiday.jpg")
+        check(wait_for(lambda: os.path.exists(result), timeout=20), "clicking JPG writes Holiday.jpg beside the PNG")
+        if os.path.exists(result):
+            header = subprocess.run(["vipsheader", result], capture_output=True, text=True).stdout
+            check("320x200" in header and "jpegload" in header, f"the JPG decodes at 320 x 200 ({header.strip()})")
+        check(open(photo, "rb").read() == original, "the original is unchanged")
+        time.sleep(0.4)
+        if shots:
+            desktop.screenshot(os.path.join(shots, "ring-result.png"), window)
+        check(desktop.visible_window(RING), "the ring still shows the result a moment later")
+        check(wait_for(lambda: not desktop.visible_window(RING), timeout=6), "the ring hides after its delay")
+
+        # A failure stays longer: a text file named like a picture.
+        broken = os.path.join(desktop.home, "Broken.png")
+        with open(broken, "w") as file:
+            file.write("not a picture\n")
+        window = open_ring(desktop, wendrel, "convert", broken)
+        if check(window, "the ring opens for the broken file"):
+            desktop.xdotool("mousemove", *segment_point(desktop, window, 0, 10))
+            time.sleep(0.2)
+            desktop.xdotool("click", "1")
+            time.sleep(2.5)
+            if shots:
+                desktop.screenshot(os.path.join(shots, "ring-failure.png"), window)
+            check(desktop.visible_window(RING), "a failure is still shown after 2.5 s")
+            check(wait_for(lambda: not desktop.visible_window(RING), timeout=5), "and hides after its 4 s")
+            check(not os.path.exists(os.path.join(desktop.home, "Broken.jpg")), "nothing lands for a failed file")
+
+        # Nothing fits: the tools ring for a plain text file; Escape closes it.
+        notes = os.path.join(desktop.home, "notes.txt")
+        with open(notes, "w") as file:
+            file.write("hello\n")
+        window = open_ring(desktop, wendrel, "tools", notes)
+        if check(window, "the tools ring opens for a text file"):
+            time.sleep(0.3)
+            if shots:
+                desktop.screenshot(os.path.join(shots, "ring-nothing-fits.png"), window)
+            desktop.xdotool("key", "--window", window, "Escape")
+            check(wait_for(lambda: not desktop.visible_window(RING), timeout=3), "Escape closes the ring")
+
+        # A second start hands over to the running agent, which offers Choose Files, and leaves.
+        second = desktop.run([wendrel], check=False, timeout=20)
+        check(second.returncode == 0, "a second start exits cleanly")
+        check(agent.poll() is None, "the first agent keeps running")
+        chooser = wait_for(lambda: desktop.visible_window("Choose Files"), timeout=5)
+        if check(chooser, "a second start brings up Choose Files"):
+            desktop.xdotool("windowactivate", "--sync", chooser)
+            desktop.xdotool("key", "Escape")
+            check(wait_for(lambda: not desktop.visible_window("Choose Files"), timeout=5), "Escape cancels it")
+
+        announced = wait_for(lambda: "image.jpg" in open(monitor_log.name).read(), timeout=5)
+        check(announced, "JobFinished for image.jpg went out on the session bus")
+
+        # The tray menu: undo the last result, then pause for an hour; both really happen.
+        def tray_icon():
+            found = desktop.xdotool("search", "--classname", "wendrel").splitlines()
+            return [window for window in found if desktop.window_geometry(window)[2] <= 32]
+        tray = wait_for(tray_icon, timeout=5)
+        if check(tray, "the tray icon is shown"):
+            x, y, width, height = desktop.window_geometry(tray[0])
+
+            def choose(*keys):
+                desktop.xdotool("mousemove", x + width // 2, y + height // 2)
+                desktop.xdotool("click", "1")
+                time.sleep(0.6)
+                for key in keys:
+                    desktop.xdotool("key", key)
+                    time.sleep(0.15)
+
+            trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Holiday.jpg")
+            choose("Down", "Down", "Return")  # Choose Files…, Undo Last Result
+            check(wait_for(lambda: os.path.exists(trashed), timeout=5), "Undo Last Result moves Holiday.jpg to the Trash")
+            check(not os.path.exists(result), "and it is gone from beside the original")
+
+            desktop.xdotool("mousemove", x + width // 2, y + height // 2)
+            desktop.xdotool("click", "1")
+            time.sleep(0.6)
+            if shots:
+                desktop.screenshot(os.path.join(shots, "tray-menu.png"))
+            for key in ("Down", "Down", "Right", "Return"):  # Undo is disabled now: Pause ▸ For 1 Hour
+                desktop.xdotool("key", key)
+                time.sleep(0.15)
+            settings = os.path.join(desktop.env["XDG_CONFIG_HOME"], "Wendrel", "Wendrel.conf")
+
+            def paused_until():
+                parser = configparser.ConfigParser()
+                parser.read(settings)
+                return parser.get("General", "pausedUntil", fallback=None)
+            stored = wait_for(paused_until, timeout=5)
+            if check(stored, "pausing from the tray stores pausedUntil"):
+                left = float(stored) - time.time()
+                check(3500 < left <= 3600, f"the pause lasts an hour ({left:.0f} s left)")
+    finally:
+        desktop.close()
+    print("ring end-to-end:", "passed" if not failures else "failed: " + "; ".join(failures))
+    sys.exit(1 if failures else 0)
+
+
+if __name__ == "__main__":
+    main()
