@@ -1,8 +1,11 @@
 #include "RawDeflate.h"
 
+#include <libdeflate.h>
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <new>
 
 namespace wendrel {
@@ -13,6 +16,52 @@ namespace {
 constexpr int rawWindowBits = -15;
 constexpr int memoryLevel = 8;
 constexpr qsizetype inflateBufferSize = 256 * 1024;
+constexpr int defaultLevel = 6;
+constexpr int trialLevel = 1;
+// A stored block holds at most 65,535 bytes.
+constexpr qsizetype storedBlockSize = 0xFFFF;
+// Below this many bits of entropy per byte a piece surely compresses: no trial needed.
+constexpr double surelyCompressibleEntropy = 7.0;
+
+// Order-0 entropy in bits per byte: a cheap first look before the trial compression.
+double entropyPerByte(QByteArrayView bytes)
+{
+    std::array<qsizetype, 256> counts{};
+    for (const char byte : bytes)
+        ++counts[static_cast<unsigned char>(byte)];
+    double entropy = 0;
+    const auto total = static_cast<double>(bytes.size());
+    for (const qsizetype count : counts) {
+        if (count > 0) {
+            const double share = static_cast<double>(count) / total;
+            entropy -= share * std::log2(share);
+        }
+    }
+    return entropy;
+}
+
+// Stored blocks, each a header byte (final bit, type 00), the length and its complement. The
+// piece starts on a byte boundary and ends on one.
+QByteArray storedBlocks(QByteArrayView piece, bool last)
+{
+    QByteArray output;
+    output.reserve(piece.size() + (piece.size() / storedBlockSize + 1) * 5);
+    qsizetype offset = 0;
+    do {
+        const qsizetype length = std::min(storedBlockSize, piece.size() - offset);
+        const bool final = last && offset + length == piece.size();
+        const auto size = static_cast<quint16>(length);
+        const char header[5] = {
+            static_cast<char>(final ? 1 : 0),
+            static_cast<char>(size & 0xFF), static_cast<char>(size >> 8),
+            static_cast<char>(~size & 0xFF), static_cast<char>((~size >> 8) & 0xFF),
+        };
+        output.append(header, 5);
+        output.append(piece.sliced(offset, length));
+        offset += length;
+    } while (offset < piece.size());
+    return output;
+}
 
 uInt clampedLength(qsizetype length)
 {
@@ -21,10 +70,16 @@ uInt clampedLength(qsizetype length)
 
 }  // namespace
 
-RawDeflater::RawDeflater() : m_stream(new z_stream{})
+RawDeflater::RawDeflater()
+    : m_stream(new z_stream{}),
+      m_wholeCompressor(libdeflate_alloc_compressor(defaultLevel)),
+      m_trialCompressor(libdeflate_alloc_compressor(trialLevel))
 {
-    if (deflateInit2(m_stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, rawWindowBits, memoryLevel,
-                     Z_DEFAULT_STRATEGY) != Z_OK) {
+    if (!m_wholeCompressor || !m_trialCompressor
+        || deflateInit2(m_stream, defaultLevel, Z_DEFLATED, rawWindowBits, memoryLevel,
+                        Z_DEFAULT_STRATEGY) != Z_OK) {
+        libdeflate_free_compressor(m_wholeCompressor);
+        libdeflate_free_compressor(m_trialCompressor);
         delete m_stream;
         throw std::bad_alloc();
     }
@@ -34,9 +89,49 @@ RawDeflater::~RawDeflater()
 {
     deflateEnd(m_stream);
     delete m_stream;
+    libdeflate_free_compressor(m_wholeCompressor);
+    libdeflate_free_compressor(m_trialCompressor);
 }
 
 QByteArray RawDeflater::compress(QByteArrayView history, QByteArrayView piece, bool last)
+{
+    // libdeflate writes only whole streams, so it serves inputs that fit one piece; zlib can
+    // stop on a byte boundary and take a dictionary, which joining pieces needs.
+    if (history.isEmpty() && last)
+        return compressWhole(piece);
+    if (looksIncompressible(piece))
+        return storedBlocks(piece, last);
+    return compressWithZlib(history, piece, last);
+}
+
+QByteArray RawDeflater::compressWhole(QByteArrayView input)
+{
+    QByteArray output(
+        static_cast<qsizetype>(libdeflate_deflate_compress_bound(m_wholeCompressor, static_cast<size_t>(input.size()))),
+        Qt::Uninitialized);
+    const size_t produced = libdeflate_deflate_compress(m_wholeCompressor, input.data(),
+                                                        static_cast<size_t>(input.size()),
+                                                        output.data(), static_cast<size_t>(output.size()));
+    output.truncate(static_cast<qsizetype>(produced));
+    return output;
+}
+
+bool RawDeflater::looksIncompressible(QByteArrayView piece)
+{
+    if (piece.isEmpty() || entropyPerByte(piece) < surelyCompressibleEntropy)
+        return false;
+    // The trial fails when its output doesn't fit in 255/256 of the input: less than that is
+    // not worth a full search.
+    const qsizetype room = piece.size() - piece.size() / 256;
+    if (m_trialOutput.size() < room)
+        m_trialOutput.resize(room);
+    return libdeflate_deflate_compress(m_trialCompressor, piece.data(),
+                                       static_cast<size_t>(piece.size()), m_trialOutput.data(),
+                                       static_cast<size_t>(room))
+           == 0;
+}
+
+QByteArray RawDeflater::compressWithZlib(QByteArrayView history, QByteArrayView piece, bool last)
 {
     deflateReset(m_stream);
     if (!history.isEmpty()) {
