@@ -173,11 +173,10 @@ QByteArray ZipReader::readAt(qint64 offset, qint64 length) const
 
 void ZipReader::extract(const Entry& entry, QIODevice& destination) const
 {
-    extractInto(entry, destination, {});
+    copyPayload(entry, checkedPayloadStart(entry), destination, {});
 }
 
-void ZipReader::extractInto(const Entry& entry, QIODevice& destination,
-                            const std::function<void(qint64)>& written) const
+qint64 ZipReader::checkedPayloadStart(const Entry& entry) const
 {
     if (entry.isEncrypted())
         throw OperationError(translate("Encrypted ZIP archives aren't supported"));
@@ -194,6 +193,12 @@ void ZipReader::extractInto(const Entry& entry, QIODevice& destination,
         throw damaged();  // the contents would run past the end of the archive
     if (entry.method != methodStored && entry.method != methodDeflated)
         throw OperationError(translate("Unsupported ZIP compression"));
+    return payloadStart;
+}
+
+void ZipReader::copyPayload(const Entry& entry, qint64 payloadStart, QIODevice& destination,
+                            const std::function<void(qint64)>& written) const
+{
     if (!m_archive.seek(payloadStart))
         throw damaged();
 
@@ -290,10 +295,12 @@ void ZipReader::extractAll(const QString& folder, const Progress& progress) cons
             makeFolder(parent, entry.path);
             lastFolder = parent;
         }
+        // Checked before the file is made, so an entry that can't be read leaves no empty file.
+        const qint64 payloadStart = checkedPayloadStart(entry);
         QFile file(target.path);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             throw unwritable(entry.path, file.errorString());
-        extractInto(entry, file, advance);
+        copyPayload(entry, payloadStart, file, advance);
         // Flushed first: a later write would set the modification time anew.
         if (!file.flush())
             throw unwritable(entry.path, file.errorString());

@@ -66,7 +66,8 @@ public:
 private:
     void readCentralDirectory(qint64 offset, quint64 count);
     QByteArray readAt(qint64 offset, qint64 length) const;
-    void extractInto(const Entry& entry, QIODevice& destination,
+    qint64 checkedPayloadStart(const Entry& entry) const;
+    void copyPayload(const Entry& entry, qint64 payloadStart, QIODevice& destination,
                      const std::function<void(qint64)>& written) const;
 
     QIODevice& m_archive;
