@@ -21,7 +21,7 @@ packages=(
     libx11-dev libxfixes-dev libxtst-dev libxi-dev libcanberra-dev sound-theme-freedesktop
     xvfb xauth dbus dbus-x11
     # tests and benchmarks
-    libgtest-dev libgmock-dev libbenchmark-dev unzip zip time python3
+    libgtest-dev libgmock-dev libbenchmark-dev unzip zip p7zip-full time python3
 )
 
 missing=()
