@@ -44,6 +44,6 @@ bench_end() {
     for index in "${!_bench_names[@]}"; do
         awk -v name="${_bench_names[$index]}" -v s="${_bench_seconds[$index]}" \
             -v kb="${_bench_peaks[$index]}" -v first="${_bench_seconds[0]}" \
-            'BEGIN { printf "%-34s %10.2f %12.1f %9.2fx\n", name, s, kb / 1024, first > 0 ? s / first : 0 }'
+            'BEGIN { printf "%-34s %10.2f %12.1f %9.2fx\n", name, s, kb / 1024, (first > 0 ? s / first : 0) }'
     done
 }
