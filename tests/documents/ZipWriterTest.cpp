@@ -387,3 +387,24 @@ TEST_F(ZipWriterTest, LinkBackUpTheTreeIsNotFollowed)
         names.append(entry.path);
     EXPECT_EQ(names, (QStringList{QStringLiteral("Loop/"), QStringLiteral("Loop/file.txt")}));
 }
+
+TEST_F(ZipWriterTest, StoppingFromTheProgressCallbackEndsEveryThreadCleanly)
+{
+    const QString source = path(QStringLiteral("Sample"));
+    makeSampleTree(source);
+    QFile archive(path(QStringLiteral("stopped.zip")));
+    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
+    {
+        ZipWriter writer(archive, {.threads = 4, .zip64Threshold = zip::zip64Marker32});
+        writer.addItem(source, QStringLiteral("Sample"));
+        int calls = 0;
+        // Thrown while compressing threads still hold pieces: the writer must wait for them.
+        EXPECT_THROW(writer.finish([&calls](qint64, qint64) {
+            if (++calls == 2)
+                throw OperationCancelled();
+        }),
+                     OperationCancelled);
+    }
+    archive.close();
+    EXPECT_LT(archive.size(), 3 * 1024 * 1024);
+}
