@@ -27,29 +27,18 @@ QDateTime fromDosDateTime(DosDateTime dos)
     return QDateTime(date, time);
 }
 
-LittleEndianWriter& LittleEndianWriter::u16(quint16 value)
+template <typename Integer>
+LittleEndianWriter& LittleEndianWriter::integer(Integer value)
 {
-    char raw[2];
+    char raw[sizeof(Integer)];
     qToLittleEndian(value, raw);
-    m_bytes.append(raw, 2);
+    m_bytes.append(raw, sizeof(Integer));
     return *this;
 }
 
-LittleEndianWriter& LittleEndianWriter::u32(quint32 value)
-{
-    char raw[4];
-    qToLittleEndian(value, raw);
-    m_bytes.append(raw, 4);
-    return *this;
-}
-
-LittleEndianWriter& LittleEndianWriter::u64(quint64 value)
-{
-    char raw[8];
-    qToLittleEndian(value, raw);
-    m_bytes.append(raw, 8);
-    return *this;
-}
+LittleEndianWriter& LittleEndianWriter::u16(quint16 value) { return integer(value); }
+LittleEndianWriter& LittleEndianWriter::u32(quint32 value) { return integer(value); }
+LittleEndianWriter& LittleEndianWriter::u64(quint64 value) { return integer(value); }
 
 LittleEndianWriter& LittleEndianWriter::bytes(QByteArrayView value)
 {

@@ -72,6 +72,9 @@ public:
     LittleEndianWriter& bytes(QByteArrayView value);
 
 private:
+    template <typename Integer>
+    LittleEndianWriter& integer(Integer value);
+
     QByteArray& m_bytes;
 };
 

@@ -282,8 +282,24 @@ QByteArray ZipWriter::localHeader(const PlannedEntry& entry, const WrittenEntry&
     QByteArray header;
     header.reserve(localHeaderSize + entry.name.size() + 20);
     LittleEndianWriter out(header);
-    out.u32(localHeaderSignature)
-        .u16(zip64 ? versionNeededZip64 : versionNeededPlain)
+    out.u32(localHeaderSignature);
+    appendSharedFields(out, entry, written, zip64 ? versionNeededZip64 : versionNeededPlain,
+                       zip64 ? 20 : 0);
+    out.bytes(entry.name);
+    // A local ZIP64 field always holds both sizes, so its length never depends on them.
+    if (zip64) {
+        out.u16(zip64ExtraId).u16(16).u64(static_cast<quint64>(written.size))
+            .u64(static_cast<quint64>(written.compressedSize));
+    }
+    return header;
+}
+
+void ZipWriter::appendSharedFields(LittleEndianWriter& out, const PlannedEntry& entry,
+                                   const WrittenEntry& written, quint16 versionNeeded,
+                                   quint16 extraLength) const
+{
+    const bool zip64 = hasZip64Sizes(entry);
+    out.u16(versionNeeded)
         .u16(flagUtf8Name)
         .u16(written.method)
         .u16(entry.modified.time)
@@ -292,14 +308,7 @@ QByteArray ZipWriter::localHeader(const PlannedEntry& entry, const WrittenEntry&
         .u32(zip64 ? zip64Marker32 : static_cast<quint32>(written.compressedSize))
         .u32(zip64 ? zip64Marker32 : static_cast<quint32>(written.size))
         .u16(static_cast<quint16>(entry.name.size()))
-        .u16(zip64 ? 20 : 0)
-        .bytes(entry.name);
-    // A local ZIP64 field always holds both sizes, so its length never depends on them.
-    if (zip64) {
-        out.u16(zip64ExtraId).u16(16).u64(static_cast<quint64>(written.size))
-            .u64(static_cast<quint64>(written.compressedSize));
-    }
-    return header;
+        .u16(extraLength);
 }
 
 QByteArray ZipWriter::centralRecord(const PlannedEntry& entry, const WrittenEntry& written) const
@@ -311,19 +320,10 @@ QByteArray ZipWriter::centralRecord(const PlannedEntry& entry, const WrittenEntr
     QByteArray record;
     record.reserve(centralRecordSize + entry.name.size() + extraLength);
     LittleEndianWriter out(record);
-    out.u32(centralRecordSignature)
-        .u16(versionMadeByUnix)
-        .u16(extraLength > 0 ? versionNeededZip64 : versionNeededPlain)
-        .u16(flagUtf8Name)
-        .u16(written.method)
-        .u16(entry.modified.time)
-        .u16(entry.modified.date)
-        .u32(written.crc)
-        .u32(zip64Sizes ? zip64Marker32 : static_cast<quint32>(written.compressedSize))
-        .u32(zip64Sizes ? zip64Marker32 : static_cast<quint32>(written.size))
-        .u16(static_cast<quint16>(entry.name.size()))
-        .u16(extraLength)
-        .u16(0)  // comment length
+    out.u32(centralRecordSignature).u16(versionMadeByUnix);
+    appendSharedFields(out, entry, written,
+                       extraLength > 0 ? versionNeededZip64 : versionNeededPlain, extraLength);
+    out.u16(0)  // comment length
         .u16(0)  // disk number
         .u16(0)  // internal attributes
         .u32(entry.name.endsWith('/') ? folderAttributes : fileAttributes)

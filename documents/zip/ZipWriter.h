@@ -99,6 +99,10 @@ private:
 
     QByteArray localHeader(const PlannedEntry& entry, const WrittenEntry& written) const;
     QByteArray centralRecord(const PlannedEntry& entry, const WrittenEntry& written) const;
+    // From "version needed" to the extra field's length: the same in both headers.
+    void appendSharedFields(zip::LittleEndianWriter& out, const PlannedEntry& entry,
+                            const WrittenEntry& written, quint16 versionNeeded,
+                            quint16 extraLength) const;
     bool hasZip64Sizes(const PlannedEntry& entry) const;
 
     void write(QByteArrayView bytes);

@@ -55,17 +55,6 @@ protected:
         }
     }
 
-    QStringList entryNames(const QString& archive)
-    {
-        QFile file(archive);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        const ZipReader reader(file);
-        QStringList names;
-        for (const ZipReader::Entry& entry : reader.entries())
-            names.append(entry.path);
-        return names;
-    }
-
     QTemporaryDir folder;
 };
 

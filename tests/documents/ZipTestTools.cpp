@@ -1,5 +1,6 @@
 #include "ZipTestTools.h"
 
+#include "documents/zip/ZipReader.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -90,6 +91,18 @@ void makeSampleTree(const QString& folder)
     QRandomGenerator random(5);
     random.fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
     writeFile(folder + QStringLiteral("/noise.bin"), noise);
+}
+
+QStringList entryNames(const QString& archive)
+{
+    QFile file(archive);
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("can't read test archive " + archive.toStdString());
+    const ZipReader reader(file);
+    QStringList names;
+    for (const ZipReader::Entry& entry : reader.entries())
+        names.append(entry.path);
+    return names;
 }
 
 void writeArchive(const QString& path, const std::function<void(ZipWriter&)>& fill,

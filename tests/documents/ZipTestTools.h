@@ -37,6 +37,9 @@ QMap<QString, QByteArray> treeContents(const QString& folder);
 // a hidden file, and two inputs of three megabytes, one that compresses and one that doesn't.
 void makeSampleTree(const QString& folder);
 
+// The entry names ZipReader lists, in the central directory's order.
+QStringList entryNames(const QString& archive);
+
 // Writes an archive through ZipWriter into `path`, filled by `fill`.
 void writeArchive(const QString& path, const std::function<void(ZipWriter&)>& fill,
                   ZipWriter::Options options = {});
