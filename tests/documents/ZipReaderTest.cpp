@@ -22,15 +22,15 @@ namespace {
 const QString pythonArchive = QStringLiteral(
     "import sys, zipfile\n"
     "with zipfile.ZipFile(sys.argv[1], 'w') as z:\n"
-    "    for spec in sys.argv[2:]:\n"
-    "        name, method, text = spec.split('|')\n"
+    "    for entry in sys.argv[2:]:\n"
+    "        name, method, text = entry.split('|')\n"
     "        z.writestr(zipfile.ZipInfo(name), text.encode(), compress_type={'0': 0, '8': 8, '12': 12}[method])\n");
 
 class ZipReaderTest : public ::testing::Test {
 protected:
     QString path(const QString& name) const { return folder.filePath(name); }
 
-    // Makes an archive with Python from "name|method|text" specs.
+    // Makes an archive with Python from entries written "name|method|text".
     QString pythonZip(const QString& name, const QStringList& entries)
     {
         const QString archive = path(name);
