@@ -91,6 +91,10 @@ void makeSampleTree(const QString& folder)
     QRandomGenerator random(5);
     random.fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
     writeFile(folder + QStringLiteral("/noise.bin"), noise);
+
+    // Text, noise, text: pieces deflated and pieces kept in stored blocks, joined in one stream.
+    writeFile(folder + QStringLiteral("/mixed.bin"),
+              text.left(1500 * 1024) + noise.left(1500 * 1024) + text.right(1024 * 1024));
 }
 
 QStringList entryNames(const QString& archive)

@@ -34,7 +34,7 @@ QStringList independentCheckFailures(const QString& archive);
 QMap<QString, QByteArray> treeContents(const QString& folder);
 
 // A folder of the kinds of files people pack: text, an empty file, a non-ASCII name, nesting,
-// a hidden file, and two inputs of three megabytes, one that compresses and one that doesn't.
+// a hidden file, and inputs of a few megabytes that compress, don't, and do in parts.
 void makeSampleTree(const QString& folder);
 
 // The entry names ZipReader lists, in the central directory's order.
