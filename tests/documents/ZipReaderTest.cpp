@@ -387,3 +387,24 @@ TEST_F(ZipReaderTest, EntryPast4GiBInAnArchiveWithAHoleIsFound)
         {archive});
     EXPECT_EQ(python.output.trimmed(), QStringLiteral("%1 found me").arg(zerosSize)) << python.output.toStdString();
 }
+
+TEST_F(ZipReaderTest, ModificationTimeAndExecuteBitComeBack)
+{
+    const QString script = path(QStringLiteral("Tools/run.sh"));
+    writeFile(script, "#!/bin/sh\necho hi\n");
+    QFile file(script);
+    ASSERT_TRUE(file.setPermissions(file.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const QDateTime modified(QDate(2001, 2, 3), QTime(4, 5, 6));
+    ASSERT_TRUE(file.setFileTime(modified, QFileDevice::FileModificationTime));
+    file.close();
+    writeFile(path(QStringLiteral("Tools/readme.txt")), "plain");
+    ASSERT_EQ(runTool(QStringLiteral("zip"), {QStringLiteral("-qr"), QStringLiteral("tools.zip"), QStringLiteral("Tools")}, folder.path()).exitCode, 0);
+
+    const QString out = path(QStringLiteral("out"));
+    EXPECT_EQ(unpack(path(QStringLiteral("tools.zip")), out), QString());
+    const QFileInfo unpacked(out + QStringLiteral("/Tools/run.sh"));
+    EXPECT_EQ(unpacked.lastModified(), modified);
+    EXPECT_TRUE(unpacked.permissions() & QFileDevice::ExeOwner);
+    EXPECT_FALSE(QFileInfo(out + QStringLiteral("/Tools/readme.txt")).permissions() & QFileDevice::ExeOwner);
+}
