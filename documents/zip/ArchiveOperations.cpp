@@ -30,7 +30,7 @@ auto progressReporter(const OperationContext& context)
 QString archiveName(const QStringList& paths)
 {
     const QString single = paths.size() == 1 ? lastPathComponent(paths.first()) : QString();
-    return (single.isEmpty() || single == u"/" ? translate("Archive") : single)
+    return (single.isEmpty() ? translate("Archive") : single)
            + QStringLiteral(".zip");
 }
 

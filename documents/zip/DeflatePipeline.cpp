@@ -4,6 +4,7 @@
 #include "RawDeflate.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace wendrel {
 
@@ -45,7 +46,7 @@ bool DeflatePipeline::mayClaim() const
 
 void DeflatePipeline::work()
 {
-    RawDeflater deflater;
+    std::unique_ptr<RawDeflater> deflater;  // made on the first piece, where a failure can be reported
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_claimable.wait(lock, [this] { return mayClaim(); });
@@ -62,8 +63,10 @@ void DeflatePipeline::work()
             const QByteArray bytes = m_read(piece, history);
             const QByteArrayView before = QByteArrayView(bytes).first(history);
             const QByteArrayView input = QByteArrayView(bytes).sliced(history);
+            if (!deflater)
+                deflater = std::make_unique<RawDeflater>();
             slot.result.crc = crc32(input);
-            slot.result.compressed = deflater.compress(before, input, piece.last);
+            slot.result.compressed = deflater->compress(before, input, piece.last);
             if (piece.keepInput)
                 slot.result.input = bytes.sliced(history);
         } catch (...) {

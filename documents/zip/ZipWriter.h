@@ -63,9 +63,6 @@ public:
     // item when it can't be read.
     void addItem(const QString& path, const QString& name);
 
-    // The bytes of contents planned so far.
-    qint64 plannedBytes() const { return m_plannedBytes; }
-
     // Writes every planned entry, the central directory and the end record; the file ends
     // there. Throws OperationError when an input can't be read or the archive can't be written.
     void finish(const Progress& progress = {});
