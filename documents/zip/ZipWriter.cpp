@@ -252,6 +252,10 @@ void ZipWriter::writeEntry(PlannedEntry& entry, DeflatePipeline& pipeline, qint6
 
 quint32 ZipWriter::copyStored(const PlannedEntry& entry)
 {
+    if (entry.path.isEmpty()) {
+        write(entry.data);
+        return crc32(entry.data);
+    }
     QFile file(entry.path);
     if (!file.open(QIODevice::ReadOnly))
         throw unreadable(entry.path, file.errorString());

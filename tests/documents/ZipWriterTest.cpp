@@ -137,6 +137,8 @@ TEST_F(ZipWriterTest, DeflatesOnlyWhenThatIsStrictlySmaller)
 {
     QByteArray noise(5000, Qt::Uninitialized);
     QRandomGenerator(7).fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+    QByteArray longNoise(3 * 1024 * 1024, Qt::Uninitialized);  // several pieces, none shrinks
+    QRandomGenerator(8).fillRange(reinterpret_cast<quint32*>(longNoise.data()), longNoise.size() / 4);
     const QDateTime now = QDateTime::currentDateTime();
     writeArchive(path(QStringLiteral("methods.zip")), [&](ZipWriter& writer) {
         writer.addEntry(QStringLiteral("empty"), {}, ZipWriter::Compression::deflateWhenSmaller, now);
@@ -144,15 +146,19 @@ TEST_F(ZipWriterTest, DeflatesOnlyWhenThatIsStrictlySmaller)
         writer.addEntry(QStringLiteral("noise"), noise, ZipWriter::Compression::deflateWhenSmaller, now);
         writer.addEntry(QStringLiteral("text"), repeatedText(5000), ZipWriter::Compression::deflateWhenSmaller, now);
         writer.addEntry(QStringLiteral("kept"), repeatedText(5000), ZipWriter::Compression::store, now);
+        writer.addEntry(QStringLiteral("long noise"), longNoise, ZipWriter::Compression::deflateWhenSmaller, now);
+        writer.addEntry(QStringLiteral("long text"), repeatedText(3 * 1024 * 1024), ZipWriter::Compression::deflateWhenSmaller, now);
     });
     const QByteArray archive = readFile(path(QStringLiteral("methods.zip")));
     const QList<qsizetype> central = centralRecordOffsets(archive);
-    ASSERT_EQ(central.size(), 5);
-    const quint16 methods[] = {0, 0, 0, 8, 0};
-    for (int index = 0; index < 5; ++index)
+    ASSERT_EQ(central.size(), 7);
+    const quint16 methods[] = {0, 0, 0, 8, 0, 0, 8};
+    for (int index = 0; index < 7; ++index)
         EXPECT_EQ(le16(archive, central[index] + 10), methods[index]) << index;
     EXPECT_EQ(le32(archive, central[0] + 16), 0u);  // an empty file's CRC
     EXPECT_EQ(le32(archive, central[2] + 20), 5000u);
+    EXPECT_EQ(le32(archive, central[5] + 20), static_cast<quint32>(longNoise.size()));
+    EXPECT_EQ(le32(archive, central[5] + 16), crc32(longNoise));
     EXPECT_TRUE(independentCheckFailures(path(QStringLiteral("methods.zip"))).isEmpty());
 }
 
