@@ -85,10 +85,14 @@ ContentType ContentType::ofFile(const QString& path)
         if (type.isValid())
             return ContentType(type.name());
     }
-    const QString extension = info.suffix().toLower();
+    return fromExtension(info.suffix());
+}
+
+ContentType ContentType::fromExtension(const QString& extension)
+{
     if (!extension.isEmpty()) {
         const QMimeType type = mimeDatabase().mimeTypeForFile(
-            QStringLiteral("file.") + extension, QMimeDatabase::MatchExtension);
+            QStringLiteral("file.") + extension.toLower(), QMimeDatabase::MatchExtension);
         if (type.isValid() && !type.isDefault())
             return ContentType(type.name());
     }

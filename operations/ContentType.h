@@ -44,6 +44,10 @@ public:
     // A concrete type by MIME name; aliases are resolved to the canonical name.
     static ContentType fromMimeName(const QString& mimeName);
 
+    // The type a file name's extension stands for, regardless of content; generic data when
+    // the extension is unknown. Case does not matter.
+    static ContentType fromExtension(const QString& extension);
+
     // The type of a file location:
     // 1. a path that ends in a separator is a folder, whether or not a file of that name exists;
     // 2. an existing item: what its name and, where the name is not conclusive, its content say;

@@ -55,6 +55,14 @@ void JobRunner::reset()
         setStatus({});
 }
 
+bool JobRunner::reject(FileOperationPtr operation, const QStringList& paths, const QString& message)
+{
+    if (m_status.isRunning())
+        return false;
+    finish({std::move(operation), paths, std::nullopt}, {false, message, {}, {}});
+    return true;
+}
+
 void JobRunner::setStatus(Status status)
 {
     m_status = std::move(status);

@@ -53,6 +53,10 @@ public:
     // Back to idle, as when the ring opens afresh. A running job's status is kept.
     void reset();
 
+    // A job that may not start (an entry that refuses one of the files): nothing runs, the
+    // status is failed with `message`, and the job ends at once. Refused while a job runs.
+    bool reject(FileOperationPtr operation, const QStringList& paths, const QString& message);
+
 Q_SIGNALS:
     void statusChanged();
     // Once per job, after its results are placed and its scratch folder is gone.

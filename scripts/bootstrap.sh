@@ -22,6 +22,8 @@ packages=(
     xvfb xauth dbus dbus-x11
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev unzip zip time python3
+    # independent readers the tests check outputs with
+    libimage-exiftool-perl imagemagick
 )
 
 missing=()

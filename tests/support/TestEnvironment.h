@@ -2,6 +2,12 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
+
+#include <ostream>
+
+// Failed expectations show strings as text rather than as arrays of UTF-16 units.
+inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
 
 namespace wendrel::test {
 

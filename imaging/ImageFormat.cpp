@@ -1,0 +1,97 @@
+#include "ImageFormat.h"
+
+#include "ImageWriter.h"
+#include "VipsRuntime.h"
+#include "operations/settings/FormatSettings.h"
+
+#include <QCoreApplication>
+
+#include <vips/vips8>
+
+#include <array>
+#include <mutex>
+
+namespace wendrel {
+
+const QList<ImageTarget>& imageTargets()
+{
+    static const QList<ImageTarget> targets{
+        {ImageFormat::jpeg, QStringLiteral("JPG"), QStringLiteral("jpg"), true},
+        {ImageFormat::png, QStringLiteral("PNG"), QStringLiteral("png"), false},
+        {ImageFormat::heic, QStringLiteral("HEIC"), QStringLiteral("heic"), true},
+        {ImageFormat::webp, QStringLiteral("WebP"), QStringLiteral("webp"), true},
+        {ImageFormat::avif, QStringLiteral("AVIF"), QStringLiteral("avif"), true},
+        {ImageFormat::tiff, QStringLiteral("TIFF"), QStringLiteral("tiff"), false},
+        {ImageFormat::bmp, QStringLiteral("BMP"), QStringLiteral("bmp"), false},
+        {ImageFormat::gif, QStringLiteral("GIF"), QStringLiteral("gif"), false},
+        {ImageFormat::jxl, QStringLiteral("JXL"), QStringLiteral("jxl"), true},
+    };
+    return targets;
+}
+
+const ImageTarget& imageTarget(ImageFormat format)
+{
+    for (const ImageTarget& target : imageTargets()) {
+        if (target.format == format)
+            return target;
+    }
+    return imageTargets().front();
+}
+
+ContentType contentType(ImageFormat format)
+{
+    switch (format) {
+    case ImageFormat::jpeg: return ContentType::jpeg();
+    case ImageFormat::png: return ContentType::png();
+    case ImageFormat::heic: return ContentType::heic();
+    case ImageFormat::webp: return ContentType::webp();
+    case ImageFormat::avif: return ContentType::avif();
+    case ImageFormat::tiff: return ContentType::tiff();
+    case ImageFormat::bmp: return ContentType::bmp();
+    case ImageFormat::gif: return ContentType::gif();
+    case ImageFormat::jxl: return ContentType::jpegXl();
+    }
+    return ContentType::jpeg();
+}
+
+std::optional<ImageFormat> imageFormatFor(const ContentType& type)
+{
+    for (const ImageTarget& target : imageTargets()) {
+        if (contentType(target.format) == type)
+            return target.format;
+    }
+    return std::nullopt;
+}
+
+bool canWrite(ImageFormat format)
+{
+    static std::once_flag probed;
+    static std::array<bool, 9> writable{};
+    std::call_once(probed, [] {
+        startVips();
+        const vips::VImage sample = vips::VImage::black(8, 8, vips::VImage::option()->set("bands", 3))
+                                        .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))
+                                        .cast(VIPS_FORMAT_UCHAR);
+        for (const ImageTarget& target : imageTargets()) {
+            try {
+                writable[static_cast<size_t>(target.format)] =
+                    !encodeImage(sample, target.format, 0.5, MetadataPolicy::drop).isEmpty();
+            } catch (const std::exception&) {
+                writable[static_cast<size_t>(target.format)] = false;
+            }
+        }
+    });
+    return writable[static_cast<size_t>(format)];
+}
+
+double lossyQuality()
+{
+    switch (FormatSettings::load().imageQuality) {
+    case FormatSettings::ImageQuality::smaller: return 0.72;
+    case FormatSettings::ImageQuality::balanced: return 0.86;
+    case FormatSettings::ImageQuality::higher: return 0.95;
+    }
+    return 0.86;
+}
+
+}  // namespace wendrel

@@ -1,0 +1,102 @@
+#include "CompressImageOperation.h"
+
+#include "CompressionSearch.h"
+#include "imaging/ImageEntries.h"
+#include "imaging/ImageFormat.h"
+#include "imaging/ImageLoader.h"
+#include "imaging/ImageWriter.h"
+#include "imaging/PixelFunctions.h"
+#include "operations/FileNames.h"
+#include "operations/Logging.h"
+#include "operations/OperationCatalog.h"
+#include "operations/OperationError.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace wendrel {
+
+namespace {
+
+using vips::VImage;
+
+OperationError couldNotSave() { return OperationError(imagingText("Couldn't save the image")); }
+
+// Compressed pictures never carry the source's metadata.
+std::optional<QByteArray> encodeOnce(const VImage& image, ImageFormat format, double quality)
+{
+    try {
+        return encodeImage(image, format, quality, MetadataPolicy::drop);
+    } catch (const OperationError&) {
+        return std::nullopt;
+    }
+}
+
+QByteArray compress(VImage image, const CompressionSettings& settings, qint64 inputBytes, ImageFormat format)
+{
+    if (settings.maxDimension >= 1)
+        image = resizedTo(image, fittedSize({image.width(), image.height()}, settings.maxDimension));
+
+    const std::optional<qint64> target = compressionTarget(settings, inputBytes);
+    if (!target) {
+        std::optional<QByteArray> bytes = encodeOnce(image, format, qualityModeQuality(settings.qualityPercent));
+        if (!bytes)
+            throw couldNotSave();
+        return *bytes;
+    }
+
+    SearchablePicture picture{
+        [&](double quality) { return encodeOnce(image, format, quality); },
+        [&] {
+            image = resizedTo(image, {std::max(1, int(0.75 * image.width())), std::max(1, int(0.75 * image.height()))});
+        },
+    };
+    const std::optional<CompressionResult> result = searchForSize(picture, *target);
+    if (!result)
+        throw couldNotSave();
+    qCInfo(lcJobs, "compression search: %d encodes, %d shrinks, quality %.3f, %lld bytes (target %lld)",
+           result->encodes, result->shrinks, result->quality, static_cast<long long>(result->bytes.size()),
+           static_cast<long long>(*target));
+    return result->bytes;
+}
+
+OperationOutcome compressImages(const QStringList& paths, const OperationContext& context)
+{
+    const CompressionSettings settings = CompressionSettings::load();
+    const bool heic = settings.format == CompressionSettings::Format::heic;
+    const ImageFormat format = heic ? ImageFormat::heic : ImageFormat::jpeg;
+    if (!canWrite(format))
+        throw OperationError(imagingText("This format can't be written on this computer"));
+
+    QList<ProducedFile> produced;
+    for (qsizetype index = 0; index < paths.size(); ++index) {
+        context.throwIfCancelled();
+        const QString& path = paths[index];
+        const qint64 inputBytes = QFileInfo(path).size();
+        const QByteArray bytes = compress(loadImage(path), settings, inputBytes, format);
+        qCInfo(lcJobs, "compressed %ld → %ld bytes", static_cast<long>(inputBytes), static_cast<long>(bytes.size()));
+
+        const QString name = outputName(path, imagingText("Compressed"), heic ? QStringLiteral("heic") : QStringLiteral("jpg"));
+        const QString destination = context.outputUrl(name);
+        QSaveFile file(destination);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+            throw couldNotSave();
+        produced.append({destination, name, path});
+        context.progress(double(index + 1) / double(paths.size()));
+    }
+    return OperationOutcome::files(produced);
+}
+
+}  // namespace
+
+void registerCompressImageOperation(OperationCatalog& catalog)
+{
+    catalog.add(Op::make(imageEntry(
+        QStringLiteral("image.compress"), imagingText("Compress"), QStringLiteral("arrow.down.right.and.arrow.up.left"),
+        RingKind::tools,
+        imagingText("Asks for a target: a file size, a percentage or a quality, plus an optional size limit "
+                    "and JPEG or HEIC."),
+        compressImages)));
+}
+
+}  // namespace wendrel

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QSize>
+#include <QSizeF>
+#include <QString>
+
+namespace wendrel {
+
+// One picture ready for a PDF page: its pixels encoded the way PDF reads them directly.
+struct PdfPicture {
+    QSize pixels;
+    int components = 3;   // 3 for RGB, 1 for grey
+    bool isJpeg = false;  // data is a JPEG stream; otherwise deflated 8-bit samples
+    QByteArray data;
+    QByteArray alpha;     // deflated 8-bit alpha samples, empty when opaque
+};
+
+// The page for a picture, in points: a point per pixel, shrunk so no side exceeds 1190.
+QSizeF pdfPageSize(QSize pixels);
+
+// Loads a picture for a page. A JPEG that needs no turning and no colour conversion goes in
+// as it is, without re-encoding; other photos as JPEG; graphics and anything transparent
+// losslessly. Throws OperationError "Can't read this image".
+PdfPicture pdfPictureFromFile(const QString& path);
+
+// Writes one PDF with a page per picture, in order. Throws "Couldn't create the PDF".
+void writePicturesPdf(const QList<PdfPicture>& pictures, const QString& path);
+
+}  // namespace wendrel
