@@ -15,8 +15,8 @@ packages=(
     libopencv-core-dev libopencv-imgproc-dev libopencv-objdetect-dev libopencv-dnn-dev opencv-data
     # audio and video
     libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswresample-dev libswscale-dev ffmpeg
-    # archives
-    zlib1g-dev libdeflate-dev
+    # archives: DEFLATE, and 7z, one of the tools the tests check archives with
+    zlib1g-dev libdeflate-dev p7zip-full
     # X11 triggers, sounds, a display for tests
     libx11-dev libxfixes-dev libxtst-dev libxi-dev libcanberra-dev sound-theme-freedesktop
     xvfb xauth dbus dbus-x11 openbox trayer xdotool x11-utils fonts-dejavu-core desktop-file-utils

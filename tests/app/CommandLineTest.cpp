@@ -64,8 +64,9 @@ TEST_F(CommandLineTest, OpsJsonListsIdsPerRing)
     ASSERT_EQ(result.exitCode, 0);
     const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
     const QJsonArray convert = report.value(QStringLiteral("convert")).toArray();
-    ASSERT_EQ(convert.size(), 3);
+    ASSERT_EQ(convert.size(), 4);  // the three subtitle targets, then ZIP, which takes anything
     EXPECT_EQ(convert[1].toObject().value(QStringLiteral("id")).toString(), u"subtitle.vtt");
+    EXPECT_EQ(convert[3].toObject().value(QStringLiteral("id")).toString(), u"archive.zip");
     EXPECT_TRUE(report.value(QStringLiteral("tools")).toArray().isEmpty());
 }
 

@@ -1,0 +1,112 @@
+#include "ArchiveOperations.h"
+
+#include "ZipReader.h"
+#include "ZipWriter.h"
+#include "operations/FileNames.h"
+#include "operations/Op.h"
+#include "operations/OperationCatalog.h"
+#include "operations/OperationError.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
+namespace wendrel {
+
+namespace {
+
+QString translate(const char* text) { return QCoreApplication::translate("ArchiveOperations", text); }
+
+// Reports progress and stops at the next piece once the user cancels.
+auto progressReporter(const OperationContext& context)
+{
+    return [&context](qint64 done, qint64 total) {
+        context.throwIfCancelled();
+        context.progress(total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 0.0);
+    };
+}
+
+// "Report.pdf.zip" for one file, "Docs.zip" for one folder, "Archive.zip" for several items.
+QString archiveName(const QStringList& paths)
+{
+    const QString single = paths.size() == 1 ? lastPathComponent(paths.first()) : QString();
+    return (single.isEmpty() ? translate("Archive") : single)
+           + QStringLiteral(".zip");
+}
+
+OperationOutcome packArchive(const QStringList& paths, const OperationContext& context)
+{
+    if (paths.isEmpty())
+        return OperationOutcome::files({});
+    const QString name = archiveName(paths);
+    const QString destination = context.outputUrl(name);
+    QFile archive(destination);
+    if (!archive.open(QIODevice::WriteOnly)) {
+        throw OperationError(
+            translate("Couldn't write “%1”: %2").arg(name, archive.errorString()));
+    }
+
+    ZipWriter writer(archive);
+    for (const QString& path : paths) {
+        context.throwIfCancelled();
+        writer.addItem(path, lastPathComponent(path));
+    }
+    writer.finish(progressReporter(context));
+    archive.close();
+    return OperationOutcome::files({{destination, name, paths.first()}});
+}
+
+OperationOutcome unpackArchives(const QStringList& paths, const OperationContext& context)
+{
+    QList<ProducedFile> produced;
+    for (const QString& path : paths) {
+        context.throwIfCancelled();
+        const QString name = splitExtension(lastPathComponent(path)).base;
+        const QString folder = context.outputUrl(name);
+        if (!QDir().mkpath(folder)) {
+            throw OperationError(
+                QCoreApplication::translate("OperationContext", "Couldn't create a scratch folder"));
+        }
+        QFile archive(path);
+        if (!archive.open(QIODevice::ReadOnly)) {
+            throw OperationError(translate("Couldn't read “%1”: %2")
+                                     .arg(lastPathComponent(path), archive.errorString()));
+        }
+        const ZipReader reader(archive);
+        reader.extractAll(folder, progressReporter(context));
+        produced.append({folder, name, path});
+    }
+    return OperationOutcome::files(produced);
+}
+
+}  // namespace
+
+void registerArchiveOperations(OperationCatalog& catalog)
+{
+    catalog.add(Op::make({
+        .id = QStringLiteral("archive.zip"),
+        .title = translate("ZIP"),
+        .symbol = QStringLiteral("doc.zipper"),
+        .ring = RingKind::convert,
+        .combinesInputs = true,
+        .inputs = {ContentType::item()},
+        .excludes = {},
+        .excludesExactly = {},
+        .description = translate("Packs the dropped files and folders into one ZIP."),
+        .body = packArchive,
+    }));
+    catalog.add(Op::make({
+        .id = QStringLiteral("archive.unzip"),
+        .title = translate("Unzip"),
+        .symbol = QStringLiteral("archivebox"),
+        .ring = RingKind::convert,
+        .combinesInputs = false,
+        .inputs = {ContentType::zipArchive()},
+        .excludes = {},
+        .excludesExactly = {},
+        .description = translate("Unpacks a ZIP into a folder next to it."),
+        .body = unpackArchives,
+    }));
+}
+
+}  // namespace wendrel

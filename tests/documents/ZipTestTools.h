@@ -1,0 +1,58 @@
+#pragma once
+
+#include "documents/zip/ZipWriter.h"
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+// Helpers shared by the ZIP tests: the independent tools that judge our archives and make
+// others', and a reader of little-endian fields that owes nothing to the code under test.
+namespace wendrel::test {
+
+struct ToolRun {
+    int exitCode = -1;  // -1 when the tool could not be started
+    QString output;     // standard output and error together
+};
+
+ToolRun runTool(const QString& program, const QStringList& arguments,
+                const QString& workingDirectory = {});
+
+// Runs a Python 3 script with sys.argv[1:] = arguments.
+ToolRun runPython(const QString& script, const QStringList& arguments = {},
+                  const QString& workingDirectory = {});
+
+// What unzip -t, zipinfo, 7z t and Python's zipfile testzip() say against the archive; empty
+// when every one of them accepts it.
+QStringList independentCheckFailures(const QString& archive);
+
+// Every item below `folder`, hidden ones included: relative path (folders end in "/") to
+// contents.
+QMap<QString, QByteArray> treeContents(const QString& folder);
+
+// A folder of the kinds of files people pack: text, an empty file, a non-ASCII name, nesting,
+// a hidden file, and inputs of a few megabytes that compress, don't, and do in parts.
+void makeSampleTree(const QString& folder);
+
+// The entry names ZipReader lists, in the central directory's order.
+QStringList entryNames(const QString& archive);
+
+// Writes an archive through ZipWriter into `path`, filled by `fill`.
+void writeArchive(const QString& path, const std::function<void(ZipWriter&)>& fill,
+                  ZipWriter::Options options = {});
+
+quint16 le16(const QByteArray& bytes, qsizetype offset);
+quint32 le32(const QByteArray& bytes, qsizetype offset);
+quint64 le64(const QByteArray& bytes, qsizetype offset);
+
+void putLe16(QByteArray& bytes, qsizetype offset, quint16 value);
+void putLe32(QByteArray& bytes, qsizetype offset, quint32 value);
+void putLe64(QByteArray& bytes, qsizetype offset, quint64 value);
+
+// The offsets of the central records of an archive without comment, in order.
+QList<qsizetype> centralRecordOffsets(const QByteArray& archive);
+
+}  // namespace wendrel::test

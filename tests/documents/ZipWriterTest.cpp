@@ -1,0 +1,427 @@
+#include "documents/zip/ZipWriter.h"
+
+#include "ZipTestTools.h"
+#include "documents/zip/Crc32.h"
+#include "documents/zip/ZipReader.h"
+#include "operations/OperationError.h"
+#include "support/TestEnvironment.h"
+
+#include <QBuffer>
+#include <QCryptographicHash>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTimeZone>
+
+#include <gtest/gtest.h>
+
+using namespace wendrel;
+using namespace wendrel::test;
+
+namespace {
+
+const QByteArray epubMime = "application/epub+zip";
+
+QDateTime localTime(int year, int month, int day, int hour, int minute, int second)
+{
+    return QDateTime(QDate(year, month, day), QTime(hour, minute, second));
+}
+
+QByteArray repeatedText(qsizetype size)
+{
+    QByteArray text;
+    while (text.size() < size)
+        text += "All work and no play makes a dull archive. ";
+    return text.left(size);
+}
+
+class ZipWriterTest : public ::testing::Test {
+protected:
+    QString path(const QString& name) const { return folder.filePath(name); }
+
+    QTemporaryDir folder;
+};
+
+}  // namespace
+
+TEST(Crc32, MatchesTheStandardCheckValueAndContinues)
+{
+    EXPECT_EQ(crc32("123456789"), 0xCBF43926u);
+    EXPECT_EQ(crc32(""), 0u);
+    EXPECT_EQ(crc32("56789", crc32("1234")), 0xCBF43926u);
+    EXPECT_EQ(crc32Combine(crc32("1234"), crc32("56789"), 5), 0xCBF43926u);
+}
+
+TEST_F(ZipWriterTest, HeadersHoldExactlyTheFieldsOfAnOrdinaryArchive)
+{
+    const QDateTime written = localTime(2024, 3, 5, 14, 7, 9);
+    const QByteArray text = repeatedText(4000);
+    writeArchive(path(QStringLiteral("book.zip")), [&](ZipWriter& writer) {
+        writer.addEntry(QStringLiteral("mimetype"), epubMime, ZipWriter::Compression::store, written);
+        writer.addEntry(QStringLiteral("OEBPS/"), {}, ZipWriter::Compression::store, written);
+        writer.addEntry(QStringLiteral("OEBPS/chapter.xhtml"), text,
+                        ZipWriter::Compression::deflateWhenSmaller, written);
+    });
+    const QByteArray archive = readFile(path(QStringLiteral("book.zip")));
+
+    // EPUB readers find the type in the first bytes: the stored "mimetype" without extra field.
+    EXPECT_EQ(archive.left(4), QByteArray("PK\x03\x04"));
+    EXPECT_EQ(archive.mid(30, 8), "mimetype");
+    EXPECT_EQ(archive.mid(38, 20), epubMime);
+
+    const quint16 time = 14 * 2048 + 7 * 32 + 9 / 2;
+    const quint16 date = (2024 - 1980) * 512 + 3 * 32 + 5;
+    struct Expected {
+        QByteArray name;
+        quint16 method;
+        QByteArray contents;
+        quint32 attributes;
+    };
+    const Expected entries[] = {
+        {"mimetype", 0, epubMime, 0x81A40000},
+        {"OEBPS/", 0, {}, 0x41ED0010},
+        {"OEBPS/chapter.xhtml", 8, text, 0x81A40000},
+    };
+
+    qsizetype local = 0;
+    const QList<qsizetype> central = centralRecordOffsets(archive);
+    ASSERT_EQ(central.size(), 3);
+    for (int index = 0; index < 3; ++index) {
+        const Expected& entry = entries[index];
+        SCOPED_TRACE(entry.name.toStdString());
+        const qsizetype record = central[index];
+        EXPECT_EQ(le32(archive, local), 0x04034B50u);
+        EXPECT_EQ(le16(archive, local + 4), 20);
+        EXPECT_EQ(le16(archive, local + 6), 0x0800);
+        EXPECT_EQ(le16(archive, local + 8), entry.method);
+        EXPECT_EQ(le16(archive, local + 10), time);
+        EXPECT_EQ(le16(archive, local + 12), date);
+        EXPECT_EQ(le32(archive, local + 14), crc32(entry.contents));
+        const quint32 compressedSize = le32(archive, local + 18);
+        EXPECT_EQ(le32(archive, local + 22), static_cast<quint32>(entry.contents.size()));
+        EXPECT_EQ(le16(archive, local + 26), entry.name.size());
+        EXPECT_EQ(le16(archive, local + 28), 0);
+        EXPECT_EQ(archive.mid(local + 30, entry.name.size()), entry.name);
+        if (entry.method == 0)
+            EXPECT_EQ(archive.mid(local + 30 + entry.name.size(), compressedSize), entry.contents);
+        else
+            EXPECT_LT(compressedSize, entry.contents.size());
+
+        EXPECT_EQ(le32(archive, record), 0x02014B50u);
+        EXPECT_EQ(le16(archive, record + 4), 0x031E);
+        EXPECT_EQ(le16(archive, record + 6), 20);
+        EXPECT_EQ(le16(archive, record + 8), 0x0800);
+        EXPECT_EQ(archive.mid(record + 10, 16), archive.mid(local + 8, 16));  // method to sizes
+        EXPECT_EQ(le16(archive, record + 28), entry.name.size());
+        EXPECT_EQ(archive.mid(record + 30, 8), QByteArray(8, '\0'));  // extra to internal attributes
+        EXPECT_EQ(le32(archive, record + 38), entry.attributes);
+        EXPECT_EQ(le32(archive, record + 42), static_cast<quint32>(local));
+        EXPECT_EQ(archive.mid(record + 46, entry.name.size()), entry.name);
+        local += 30 + entry.name.size() + compressedSize;
+    }
+
+    // The central directory follows the last entry directly and the end record closes the file.
+    const qsizetype end = archive.size() - 22;
+    EXPECT_EQ(central.first(), local);
+    EXPECT_EQ(le32(archive, end), 0x06054B50u);
+    EXPECT_EQ(archive.mid(end + 4, 4), QByteArray(4, '\0'));
+    EXPECT_EQ(le16(archive, end + 8), 3);
+    EXPECT_EQ(le16(archive, end + 10), 3);
+    EXPECT_EQ(le32(archive, end + 12), static_cast<quint32>(end - local));
+    EXPECT_EQ(le32(archive, end + 16), static_cast<quint32>(local));
+    EXPECT_EQ(le16(archive, end + 20), 0);
+    EXPECT_TRUE(independentCheckFailures(path(QStringLiteral("book.zip"))).isEmpty());
+}
+
+TEST_F(ZipWriterTest, DeflatesOnlyWhenThatIsStrictlySmaller)
+{
+    QByteArray noise(5000, Qt::Uninitialized);
+    QRandomGenerator(7).fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+    QByteArray longNoise(3 * 1024 * 1024, Qt::Uninitialized);  // several pieces, none shrinks
+    QRandomGenerator(8).fillRange(reinterpret_cast<quint32*>(longNoise.data()), longNoise.size() / 4);
+    const QDateTime now = QDateTime::currentDateTime();
+    writeArchive(path(QStringLiteral("methods.zip")), [&](ZipWriter& writer) {
+        writer.addEntry(QStringLiteral("empty"), {}, ZipWriter::Compression::deflateWhenSmaller, now);
+        writer.addEntry(QStringLiteral("x"), "x", ZipWriter::Compression::deflateWhenSmaller, now);
+        writer.addEntry(QStringLiteral("noise"), noise, ZipWriter::Compression::deflateWhenSmaller, now);
+        writer.addEntry(QStringLiteral("text"), repeatedText(5000), ZipWriter::Compression::deflateWhenSmaller, now);
+        writer.addEntry(QStringLiteral("kept"), repeatedText(5000), ZipWriter::Compression::store, now);
+        writer.addEntry(QStringLiteral("long noise"), longNoise, ZipWriter::Compression::deflateWhenSmaller, now);
+        writer.addEntry(QStringLiteral("long text"), repeatedText(3 * 1024 * 1024), ZipWriter::Compression::deflateWhenSmaller, now);
+    });
+    const QByteArray archive = readFile(path(QStringLiteral("methods.zip")));
+    const QList<qsizetype> central = centralRecordOffsets(archive);
+    ASSERT_EQ(central.size(), 7);
+    const quint16 methods[] = {0, 0, 0, 8, 0, 0, 8};
+    for (int index = 0; index < 7; ++index)
+        EXPECT_EQ(le16(archive, central[index] + 10), methods[index]) << index;
+    EXPECT_EQ(le32(archive, central[0] + 16), 0u);  // an empty file's CRC
+    EXPECT_EQ(le32(archive, central[2] + 20), 5000u);
+    EXPECT_EQ(le32(archive, central[5] + 20), static_cast<quint32>(longNoise.size()));
+    EXPECT_EQ(le32(archive, central[5] + 16), crc32(longNoise));
+    EXPECT_TRUE(independentCheckFailures(path(QStringLiteral("methods.zip"))).isEmpty());
+}
+
+TEST_F(ZipWriterTest, FoldersComeWithTheCurrentTimeThenTheirChildrenByName)
+{
+    const QString docs = path(QStringLiteral("Docs"));
+    writeFile(docs + QStringLiteral("/b.txt"), "b");
+    writeFile(docs + QStringLiteral("/a.txt"), "a");
+    writeFile(docs + QStringLiteral("/B.txt"), "B");
+    writeFile(docs + QStringLiteral("/.hidden"), "h");
+    writeFile(docs + QStringLiteral("/sub/c.txt"), "c");
+    const QDateTime before = QDateTime::currentDateTime();
+    writeArchive(path(QStringLiteral("docs.zip")),
+                 [&](ZipWriter& writer) { writer.addItem(docs + u'/', QStringLiteral("Docs")); });
+    const QDateTime after = QDateTime::currentDateTime();
+
+    EXPECT_EQ(entryNames(path(QStringLiteral("docs.zip"))), (QStringList{QStringLiteral("Docs/"), QStringLiteral("Docs/B.txt"),
+                                  QStringLiteral("Docs/a.txt"), QStringLiteral("Docs/b.txt"),
+                                  QStringLiteral("Docs/sub/"), QStringLiteral("Docs/sub/c.txt")}));
+
+    QFile file(path(QStringLiteral("docs.zip")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const ZipReader reader(file);
+    const ZipReader::Entry& folderEntry = reader.entries().first();
+    EXPECT_EQ(folderEntry.method, 0);
+    EXPECT_EQ(folderEntry.size, 0);
+    EXPECT_EQ(folderEntry.externalAttributes, 0x41ED0010u);
+    const QDateTime stamped = zip::fromDosDateTime(folderEntry.modified);
+    EXPECT_GE(stamped, before.addSecs(-2));
+    EXPECT_LE(stamped, after);
+    EXPECT_TRUE(independentCheckFailures(path(QStringLiteral("docs.zip"))).isEmpty());
+}
+
+TEST_F(ZipWriterTest, FileFrom1975KeepsItsMonthAndDayUnderYear1980)
+{
+    const QString old = path(QStringLiteral("old.txt"));
+    writeFile(old, "from the archives");
+    QFile file(old);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(localTime(1975, 6, 15, 10, 20, 31), QFileDevice::FileModificationTime));
+    file.close();
+
+    writeArchive(path(QStringLiteral("old.zip")),
+                 [&](ZipWriter& writer) { writer.addItem(old, QStringLiteral("old.txt")); });
+    const QByteArray archive = readFile(path(QStringLiteral("old.zip")));
+    EXPECT_EQ(le16(archive, 10), 10 * 2048 + 20 * 32 + 15);  // odd seconds round down
+    EXPECT_EQ(le16(archive, 12), 0 * 512 + 6 * 32 + 15);
+}
+
+TEST_F(ZipWriterTest, SampleTreePassesEveryCheckerAndReadsBackByteForByte)
+{
+    const QString source = path(QStringLiteral("Sample"));
+    makeSampleTree(source);
+    const QString archive = path(QStringLiteral("sample.zip"));
+    writeArchive(archive, [&](ZipWriter& writer) { writer.addItem(source, QStringLiteral("Sample")); });
+    EXPECT_EQ(independentCheckFailures(archive), QStringList());
+
+    // Python's reading of every entry, against the files themselves.
+    const ToolRun listing = runPython(
+        QStringLiteral("import sys, zipfile, hashlib\n"
+                       "for i in zipfile.ZipFile(sys.argv[1]).infolist():\n"
+                       "    print(i.filename, i.compress_type, hashlib.sha256(zipfile.ZipFile(sys.argv[1]).read(i)).hexdigest())\n"),
+        {archive});
+    ASSERT_EQ(listing.exitCode, 0) << listing.output.toStdString();
+    QStringList expected;
+    QMap<QString, QByteArray> tree = treeContents(source);
+    tree.remove(QStringLiteral(".hidden"));
+    tree.insert(QString(), {});  // the folder itself
+    for (auto item = tree.cbegin(); item != tree.cend(); ++item) {
+        // The large text and the mixed file shrink; the noise falls back to stored after trying.
+        const int method = item.key() == u"big.txt" || item.key() == u"mixed.bin" ? 8 : 0;
+        const QByteArray hash = QCryptographicHash::hash(item.value(), QCryptographicHash::Sha256);
+        expected.append(QStringLiteral("Sample/%1 %2 %3")
+                            .arg(item.key()).arg(method).arg(QString::fromLatin1(hash.toHex())));
+    }
+    QStringList actual = listing.output.split(u'\n', Qt::SkipEmptyParts);
+    actual.sort();
+    expected.sort();
+    EXPECT_EQ(actual, expected);
+}
+
+TEST_F(ZipWriterTest, BytesAreTheSameWhateverTheNumberOfThreads)
+{
+    const QString source = path(QStringLiteral("Sample"));
+    makeSampleTree(source);
+    // Files only: folder entries carry the time of the run.
+    const QStringList files{QStringLiteral("big.txt"), QStringLiteral("mixed.bin"), QStringLiteral("noise.bin"), QStringLiteral("notes.txt"),
+                            QStringLiteral("empty"), QStringLiteral("Café ☕.txt")};
+    QByteArray archives[3];
+    const int threadCounts[] = {1, 2, 5};
+    for (int index = 0; index < 3; ++index) {
+        const QString archive = path(QStringLiteral("threads%1.zip").arg(threadCounts[index]));
+        writeArchive(archive, [&](ZipWriter& writer) {
+            for (const QString& file : files)
+                writer.addItem(source + u'/' + file, file);
+        }, {.threads = threadCounts[index], .zip64Threshold = zip::zip64Marker32});
+        archives[index] = readFile(archive);
+    }
+    ASSERT_GT(archives[0].size(), 3 * 1024 * 1024);
+    EXPECT_EQ(archives[0], archives[1]);
+    EXPECT_EQ(archives[0], archives[2]);
+}
+
+TEST_F(ZipWriterTest, LargeSizesAndOffsetsGoIntoZip64Fields)
+{
+    // The threshold lowered to 1,000 bytes gives the layout of a 4 GiB archive with small files.
+    const QString source = path(QStringLiteral("Sample"));
+    makeSampleTree(source);
+    const QString archive = path(QStringLiteral("zip64.zip"));
+    writeArchive(archive, [&](ZipWriter& writer) { writer.addItem(source, QStringLiteral("Sample")); },
+                 {.threads = 0, .zip64Threshold = 1000});
+    EXPECT_EQ(independentCheckFailures(archive), QStringList());
+
+    const QByteArray bytes = readFile(archive);
+    // big.txt is the first file: its local header carries both sizes in a ZIP64 field.
+    const qsizetype big = bytes.indexOf("PK\x03\x04" + QByteArray(), bytes.indexOf("Sample/big.txt") - 30);
+    ASSERT_EQ(bytes.mid(big + 30, 14), "Sample/big.txt");
+    EXPECT_EQ(le16(bytes, big + 4), 45);
+    EXPECT_EQ(le32(bytes, big + 18), 0xFFFFFFFFu);
+    EXPECT_EQ(le32(bytes, big + 22), 0xFFFFFFFFu);
+    EXPECT_EQ(le16(bytes, big + 28), 20);
+    EXPECT_EQ(le16(bytes, big + 44), 0x0001);
+    EXPECT_EQ(le16(bytes, big + 46), 16);
+    EXPECT_EQ(le64(bytes, big + 48), static_cast<quint64>(QFileInfo(source + QStringLiteral("/big.txt")).size()));
+
+    // The end: a ZIP64 end record, its locator, then the end record pointing to them.
+    const qsizetype end = bytes.size() - 22;
+    const qsizetype locator = end - 20;
+    EXPECT_EQ(le32(bytes, locator), 0x07064B50u);
+    const auto zip64End = static_cast<qsizetype>(le64(bytes, locator + 8));
+    EXPECT_EQ(zip64End, locator - 56);
+    EXPECT_EQ(le32(bytes, zip64End), 0x06064B50u);
+    EXPECT_EQ(le64(bytes, zip64End + 32), 10u);  // entries: three folders and seven files
+    EXPECT_EQ(le32(bytes, end + 16), 0xFFFFFFFFu);
+
+    // An entry past the threshold names its offset in the ZIP64 field only; its small sizes
+    // stay where they are.
+    const auto centralStart = static_cast<qsizetype>(le64(bytes, zip64End + 48));
+    const qsizetype notesRecord = bytes.indexOf("Sample/notes.txt", centralStart) - 46;
+    const qsizetype notesLocal = bytes.indexOf("Sample/notes.txt") - 30;
+    ASSERT_GT(notesLocal, 1000);
+    EXPECT_EQ(le32(bytes, notesRecord), 0x02014B50u);
+    EXPECT_EQ(le32(bytes, notesRecord + 24), 30u);
+    EXPECT_EQ(le32(bytes, notesRecord + 42), 0xFFFFFFFFu);
+    const qsizetype extra = notesRecord + 46 + 16;
+    EXPECT_EQ(le16(bytes, extra), 0x0001);
+    EXPECT_EQ(le16(bytes, extra + 2), 8);
+    EXPECT_EQ(le64(bytes, extra + 4), static_cast<quint64>(notesLocal));
+
+    // And our own reader sees the real values and unpacks the same tree.
+    QFile file(archive);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const ZipReader reader(file);
+    const QString unpacked = path(QStringLiteral("unpacked"));
+    reader.extractAll(unpacked);
+    QMap<QString, QByteArray> expected = treeContents(source);
+    expected.remove(QStringLiteral(".hidden"));
+    QMap<QString, QByteArray> actual = treeContents(unpacked + QStringLiteral("/Sample"));
+    EXPECT_EQ(actual, expected);
+}
+
+TEST_F(ZipWriterTest, MoreThan65535EntriesGetAZip64EndRecord)
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    const auto fill = [&](int count) {
+        return [&now, count](ZipWriter& writer) {
+            for (int index = 0; index < count; ++index) {
+                writer.addEntry(QStringLiteral("%1").arg(index), QByteArray::number(index),
+                                ZipWriter::Compression::deflateWhenSmaller, now);
+            }
+        };
+    };
+
+    // Exactly 65,535 still fit the plain end record.
+    writeArchive(path(QStringLiteral("full.zip")), fill(65535));
+    const QByteArray full = readFile(path(QStringLiteral("full.zip")));
+    EXPECT_EQ(le16(full, full.size() - 22 + 10), 65535);
+    EXPECT_NE(le32(full, full.size() - 42), 0x07064B50u);
+
+    const QString many = path(QStringLiteral("many.zip"));
+    writeArchive(many, fill(70000));
+    const QByteArray bytes = readFile(many);
+    EXPECT_EQ(le16(bytes, bytes.size() - 22 + 10), 0xFFFF);
+    EXPECT_EQ(le32(bytes, bytes.size() - 42), 0x07064B50u);
+
+    const ToolRun unzip = runTool(QStringLiteral("unzip"), {QStringLiteral("-tq"), many});
+    EXPECT_EQ(unzip.exitCode, 0) << unzip.output.toStdString();
+    const ToolRun sevenZip = runTool(QStringLiteral("7z"), {QStringLiteral("t"), many});
+    EXPECT_EQ(sevenZip.exitCode, 0) << sevenZip.output.toStdString();
+    const ToolRun python = runPython(
+        QStringLiteral("import sys, zipfile\nz = zipfile.ZipFile(sys.argv[1])\n"
+                       "print(len(z.infolist()), z.read('69999').decode())\n"),
+        {many});
+    EXPECT_EQ(python.output.trimmed(), u"70000 69999");
+
+    QFile file(many);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const ZipReader reader(file);
+    ASSERT_EQ(reader.entries().size(), 70000);
+    QBuffer last;
+    last.open(QIODevice::WriteOnly);
+    reader.extract(reader.entries().last(), last);
+    EXPECT_EQ(last.data(), "69999");
+}
+
+TEST_F(ZipWriterTest, FileThatChangesWhileBeingPackedIsReportedNotPacked)
+{
+    const QString growing = path(QStringLiteral("log.txt"));
+    writeFile(growing, repeatedText(3 * 1024 * 1024));
+    QFile archive(path(QStringLiteral("log.zip")));
+    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
+    ZipWriter writer(archive);
+    writer.addItem(growing, QStringLiteral("log.txt"));
+    writeFile(growing, repeatedText(1024));  // shrinks between planning and writing
+    try {
+        writer.finish();
+        FAIL() << "the change went unnoticed";
+    } catch (const OperationError& error) {
+        EXPECT_EQ(error.message(), u"“log.txt” changed while it was being packed");
+    }
+}
+
+TEST_F(ZipWriterTest, MissingItemSaysWhichOne)
+{
+    QFile archive(path(QStringLiteral("gone.zip")));
+    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
+    ZipWriter writer(archive);
+    try {
+        writer.addItem(path(QStringLiteral("gone.txt")), QStringLiteral("gone.txt"));
+        FAIL() << "a missing item was accepted";
+    } catch (const OperationError& error) {
+        EXPECT_TRUE(error.message().startsWith(u"Couldn't read “gone.txt”")) << error.message().toStdString();
+    }
+}
+
+TEST_F(ZipWriterTest, LinkBackUpTheTreeIsNotFollowed)
+{
+    const QString loop = path(QStringLiteral("Loop"));
+    writeFile(loop + QStringLiteral("/file.txt"), "once");
+    ASSERT_TRUE(QFile::link(loop, loop + QStringLiteral("/again")));
+    writeArchive(path(QStringLiteral("loop.zip")),
+                 [&](ZipWriter& writer) { writer.addItem(loop, QStringLiteral("Loop")); });
+    EXPECT_EQ(entryNames(path(QStringLiteral("loop.zip"))),
+              (QStringList{QStringLiteral("Loop/"), QStringLiteral("Loop/file.txt")}));
+}
+
+TEST_F(ZipWriterTest, StoppingFromTheProgressCallbackEndsEveryThreadCleanly)
+{
+    const QString source = path(QStringLiteral("Sample"));
+    makeSampleTree(source);
+    QFile archive(path(QStringLiteral("stopped.zip")));
+    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
+    {
+        ZipWriter writer(archive, {.threads = 4, .zip64Threshold = zip::zip64Marker32});
+        writer.addItem(source, QStringLiteral("Sample"));
+        int calls = 0;
+        // Thrown while compressing threads still hold pieces: the writer must wait for them.
+        EXPECT_THROW(writer.finish([&calls](qint64, qint64) {
+            if (++calls == 2)
+                throw OperationCancelled();
+        }),
+                     OperationCancelled);
+    }
+    archive.close();
+    EXPECT_LT(archive.size(), 3 * 1024 * 1024);
+}
