@@ -32,6 +32,8 @@ QPalette darkPalette()
     palette.setColor(QPalette::Disabled, QPalette::Text, QColor(0x70, 0x70, 0x78));
     palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(0x70, 0x70, 0x78));
     palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(0x70, 0x70, 0x78));
+    // Disabled text is drawn with an embossed highlight in this colour; keep it invisible.
+    palette.setColor(QPalette::Disabled, QPalette::Light, window);
     return palette;
 }
 

@@ -78,6 +78,12 @@ def main():
         desktop.spawn(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28",
                        "--SetDockType", "true"])
         time.sleep(0.5)
+        appearance = os.environ.get("WENDREL_E2E_APPEARANCE")
+        if appearance:  # "light" or "dark", for screenshots of both
+            settings = os.path.join(desktop.env["XDG_CONFIG_HOME"], "Wendrel")
+            os.makedirs(settings, exist_ok=True)
+            with open(os.path.join(settings, "Wendrel.conf"), "w") as file:
+                file.write(f"[General]\nappearance={appearance}\n")
         log = open(os.path.join(desktop.root, "agent.log"), "w")
         monitor_log = open(os.path.join(desktop.root, "bus.log"), "w")
         desktop.spawn(["dbus-monitor", "--session", "type='signal',interface='org.wendrel.Wendrel'"], log=monitor_log)
