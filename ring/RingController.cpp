@@ -6,7 +6,10 @@
 #include "operations/JobRunner.h"
 #include "platform/WindowSystem.h"
 
+#include "SymbolIcons.h"
+
 #include <QGuiApplication>
+#include <QImage>
 #include <QScreen>
 
 namespace wendrel {
@@ -50,11 +53,12 @@ RingController::RingController(const OperationCatalog& catalog, JobRunner& runne
 
 bool RingController::isShown() const { return m_view.isVisible() && m_view.windowOpacity() > 0; }
 
-void RingController::show(RingKind kind, const QStringList& urls, bool clickMode, QPoint point)
+void RingController::show(RingKind kind, const QStringList& urls, bool clickMode, QPoint point,
+                          std::chrono::steady_clock::time_point requestedAt)
 {
     m_hideTimer.stop();
     m_fade.stop();
-    m_view.markRequest();
+    m_view.markRequest(requestedAt);
     const bool mayAdvance = isShown();
     if (!mayAdvance)
         m_resultShown = false;
@@ -72,6 +76,20 @@ void RingController::show(RingKind kind, const QStringList& urls, bool clickMode
         m_view.activateWindow();
         m_view.setFocus();
     }
+}
+
+void RingController::warmUp(const QStringList& symbols)
+{
+    const RingTheme theme = RingTheme::from(m_view.palette());
+    const qreal ratio = m_view.devicePixelRatioF();
+    for (const QString& symbol : symbols) {
+        symbolPixmap(symbol, theme.text, 26, ratio);
+        symbolPixmap(symbol, theme.onAccent, 26, ratio);
+    }
+    QImage canvas(m_view.size() * ratio, QImage::Format_ARGB32_Premultiplied);
+    canvas.setDevicePixelRatio(ratio);
+    canvas.fill(Qt::transparent);
+    m_view.render(&canvas);
 }
 
 void RingController::dragEnded()

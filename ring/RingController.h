@@ -24,7 +24,9 @@ public:
 
     // Opens the ring at `point` (global logical coordinates), or pages it when the same ring
     // for the same files is on show.
-    void show(RingKind kind, const QStringList& urls, bool clickMode, QPoint point);
+    // `requestedAt`, when known, is when the request reached the program.
+    void show(RingKind kind, const QStringList& urls, bool clickMode, QPoint point,
+              std::chrono::steady_clock::time_point requestedAt = std::chrono::steady_clock::now());
 
     // The drag that opened the ring has ended.
     void dragEnded();
@@ -33,6 +35,10 @@ public:
     void hide();
 
     bool isShown() const;
+
+    // Draws everything once off screen (fonts, the icons of `symbols` in both colours), so the
+    // first ring the user asks for appears as fast as every later one.
+    void warmUp(const QStringList& symbols);
 
 private:
     void onJobFinished();

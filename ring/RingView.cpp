@@ -85,9 +85,10 @@ void RingView::paintEvent(QPaintEvent*)
     painter.fillRect(rect(), m_cutToShape ? m_theme.ring : QColor(Qt::transparent));
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     RingPainter(m_model, m_theme, devicePixelRatioF()).paint(painter);
-    if (m_sinceRequest.isValid()) {
-        qCInfo(lcRing, "ring painted %.1f ms after the request", m_sinceRequest.nsecsElapsed() / 1e6);
-        m_sinceRequest.invalidate();
+    if (m_requestedAt) {
+        const std::chrono::duration<double, std::milli> elapsed = Clock::now() - *m_requestedAt;
+        qCInfo(lcRing, "ring painted %.1f ms after the request", elapsed.count());
+        m_requestedAt.reset();
     }
 }
 

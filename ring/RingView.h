@@ -2,10 +2,10 @@
 
 #include "RingTheme.h"
 
-#include <QElapsedTimer>
 #include <QTimer>
 #include <QWidget>
 
+#include <chrono>
 #include <optional>
 
 namespace wendrel {
@@ -23,8 +23,9 @@ public:
     // Without a compositor the window is cut to the ring's shape instead of being translucent.
     void setCutToShape(bool cut);
 
-    // Starts the clock for the log line that tells how long the next frame took to appear.
-    void markRequest() { m_sinceRequest.start(); }
+    // The moment the ring was asked for, for the log line that tells how long the next frame
+    // took to appear.
+    void markRequest(std::chrono::steady_clock::time_point requestedAt) { m_requestedAt = requestedAt; }
 
 Q_SIGNALS:
     void closeRequested();
@@ -57,7 +58,7 @@ private:
     RingModel& m_model;
     RingTheme m_theme;
     QTimer m_dwellTimer;
-    QElapsedTimer m_sinceRequest;
+    std::optional<std::chrono::steady_clock::time_point> m_requestedAt;
     bool m_cutToShape = false;
 };
 

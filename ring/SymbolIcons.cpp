@@ -76,6 +76,12 @@ QString iconResourceFor(const QString& symbolName)
 
 QPixmap symbolPixmap(const QString& symbolName, const QColor& colour, int size, qreal devicePixelRatio)
 {
+    // Drawing an SVG takes far longer than a frame may: every icon is drawn once per look.
+    static QHash<QString, QPixmap> drawn;
+    const QString key = QStringLiteral("%1|%2|%3|%4").arg(symbolName, colour.name(QColor::HexArgb)).arg(size).arg(devicePixelRatio);
+    if (const auto cached = drawn.constFind(key); cached != drawn.cend())
+        return *cached;
+
     QFile file(iconResourceFor(symbolName));
     if (!file.open(QIODevice::ReadOnly))
         return {};
@@ -91,6 +97,7 @@ QPixmap symbolPixmap(const QString& symbolName, const QColor& colour, int size, 
         renderer.render(&painter, QRectF(0, 0, pixmap.width(), pixmap.height()));
     }
     pixmap.setDevicePixelRatio(devicePixelRatio);
+    drawn.insert(key, pixmap);
     return pixmap;
 }
 

@@ -37,7 +37,8 @@ void AgentChannel::onConnection()
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
             while (socket->canReadLine()) {
                 const QByteArray line = socket->readLine(64 * 1024 * 1024);
-                if (const std::optional<AgentRequest> request = AgentRequest::fromLine(line)) {
+                if (std::optional<AgentRequest> request = AgentRequest::fromLine(line)) {
+                    request->receivedAt = std::chrono::steady_clock::now();
                     // Handled from the event loop, not from inside this socket's handler: a
                     // request may open a modal dialog, and the socket may be gone by its end.
                     QMetaObject::invokeMethod(

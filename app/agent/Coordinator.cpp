@@ -35,6 +35,12 @@ bool Coordinator::start()
     const QString executable = QCoreApplication::applicationFilePath();
     DesktopIntegration::installApplicationEntry(executable);
     DesktopIntegration::applyFirstRunDefaults(executable);
+    QStringList symbols;
+    for (RingKind kind : allRingKinds) {
+        for (const FileOperationPtr& entry : m_catalog.entries(kind))
+            symbols.append(entry->symbol());
+    }
+    m_ring.warmUp(symbols);
     if (!m_tray.showIcon())
         qCInfo(lcRing, "no system tray on this desktop: the ring opens from the command line and file manager");
     return true;
@@ -44,7 +50,7 @@ void Coordinator::handle(const AgentRequest& request)
 {
     switch (request.command) {
     case AgentRequest::Command::ring:
-        openRing(request.ring, request.files, true);
+        openRing(request.ring, request.files, true, request.receivedAt);
         return;
     case AgentRequest::Command::activate:
         chooseFiles();
@@ -52,10 +58,11 @@ void Coordinator::handle(const AgentRequest& request)
     }
 }
 
-void Coordinator::openRing(RingKind kind, const QStringList& files, bool clickMode)
+void Coordinator::openRing(RingKind kind, const QStringList& files, bool clickMode,
+                           std::chrono::steady_clock::time_point requestedAt)
 {
     qCInfo(lcRing, "open %s for %ld selected file(s)", qUtf8Printable(rawValue(kind)), long(files.size()));
-    m_ring.show(kind, files, clickMode, QCursor::pos());
+    m_ring.show(kind, files, clickMode, QCursor::pos(), requestedAt);
 }
 
 void Coordinator::chooseFiles()

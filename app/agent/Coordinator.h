@@ -28,7 +28,8 @@ public:
     bool start();
 
     // Opens a ring for files at the pointer (the command line, file-manager actions).
-    void openRing(RingKind kind, const QStringList& files, bool clickMode);
+    void openRing(RingKind kind, const QStringList& files, bool clickMode,
+                  std::chrono::steady_clock::time_point requestedAt = std::chrono::steady_clock::now());
 
     // "Choose Files…": the convert ring, in click mode, at the centre of the screen.
     void chooseFiles();

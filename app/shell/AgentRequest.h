@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <chrono>
+
 #include <optional>
 
 namespace wendrel {
@@ -19,6 +21,8 @@ struct AgentRequest {
     Command command = Command::activate;
     RingKind ring = RingKind::convert;
     QStringList files;
+    // When the agent read the request; not sent, only for measuring how fast the ring appears.
+    std::chrono::steady_clock::time_point receivedAt{};
 
     QByteArray toLine() const;
 
