@@ -54,6 +54,7 @@ void RingModel::load(RingKind kind, const QStringList& urls, bool clickMode, boo
     clearTransientState();
     m_runner.reset();
     qCInfo(lcRing, "show %s for %ld file(s)", qUtf8Printable(rawValue(m_kind)), long(m_urls.size()));
+    qCDebug(lcRing, "page %d of %d", m_page + 1, pageCount());
     Q_EMIT changed();
 }
 

@@ -197,7 +197,12 @@ void RingView::dragLeaveEvent(QDragLeaveEvent*)
 
 void RingView::dropEvent(QDropEvent* event)
 {
-    const QStringList files = localFiles(event->mimeData());
+    // The dropped files are the ones to use; a source that can no longer hand them over at
+    // the drop leaves the files it offered when the drag began, which the ring already has.
+    QStringList files = localFiles(event->mimeData());
+    if (files.isEmpty())
+        files = m_model.urls();
+    qCDebug(lcRing) << "drop with" << files.size() << "file(s) at" << event->position();
     if (files.isEmpty())
         return;
     // Always a copy: a move would let the source delete the originals.

@@ -37,5 +37,9 @@ for appearance in light dark; do
     # The tray menu: the top-right corner of the screen.
     convert "$work/$appearance/tray-menu.png" -crop 360x200+920+0 +repage "$out/tray-menu-$appearance.png"
 done
+# The ring mid-drag, opened by a tap of Shift while dragging from a real drag source.
+python3 tests/e2e/triggers_e2e.py build/app/wendrel build/tests/wendrel-drag-source build/tests/e2e-tools/nemo "$work/drag"
+cp "$work/drag/ring-drag.png" "$out/ring-drag-light.png"
+
 echo "Screenshots in $out:"
 ls -1 "$out"

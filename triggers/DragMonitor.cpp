@@ -53,3 +53,18 @@ void DragMonitor::poll(const Sample& sample)
 }
 
 }  // namespace wendrel
+
+namespace wendrel {
+
+void DragMonitor::cancelDrag(ModifierFlags held)
+{
+    if (!m_fileDragActive)
+        return;
+    m_fileDragActive = false;
+    m_draggedFiles.clear();
+    m_doubleTaps.reset(held & Modifier::mask);
+    if (onDragEnded)
+        onDragEnded();
+}
+
+}  // namespace wendrel

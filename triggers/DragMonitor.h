@@ -39,6 +39,10 @@ public:
 
     void poll(const Sample& sample);
 
+    // Escape cancels a drag while the button may stay down: the drag is over for the monitor
+    // too, and later taps during the same press open nothing.
+    void cancelDrag(ModifierFlags held);
+
     bool isFileDragActive() const { return m_fileDragActive; }
     const QStringList& draggedFiles() const { return m_draggedFiles; }
 

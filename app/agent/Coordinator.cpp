@@ -3,6 +3,7 @@
 #include "DesktopIntegration.h"
 #include "app/AllOperations.h"
 #include "operations/Logging.h"
+#include "triggers/RingKeyBindings.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -41,9 +42,69 @@ bool Coordinator::start()
             symbols.append(entry->symbol());
     }
     m_ring.warmUp(symbols);
+    startTriggers();
     if (!m_tray.showIcon())
         qCInfo(lcRing, "no system tray on this desktop: the ring opens from the command line and file manager");
     return true;
+}
+
+void Coordinator::startTriggers()
+{
+    m_triggers = TriggerBackend::create(this);
+    if (!m_triggers) {
+        qCInfo(lcRing, "not an X11 session: drags and double taps can't be watched here; the ring opens from "
+                       "the file manager's actions and the command line");
+        return;
+    }
+    TriggerBackend* triggers = m_triggers.get();
+    m_dragMonitor = std::make_unique<DragMonitor>(triggers->selectionChanges(), [triggers] { return triggers->readDragFiles(); });
+    m_dragMonitor->onRingRequested = [this](RingKind kind, const QStringList& files, QPoint pointer) {
+        if (m_pause.isPaused())
+            return;
+        const bool wasShown = m_ring.isShown();
+        m_ring.show(kind, files, false, pointer);
+        // The drag source only looks for a new target when the pointer moves.
+        if (!wasShown)
+            m_triggers->nudgePointer();
+    };
+    m_dragMonitor->onDragEnded = [this] { m_ring.dragEnded(); };
+    m_dragMonitor->onDoubleTap = [this](RingKind kind) {
+        if (RingKeyBindings::isDoubleTapEnabled(kind) && !m_pause.isPaused())
+            openFromFileManagerSelection(kind, true);
+    };
+    triggers->start(*m_dragMonitor);
+
+    m_hotKeys = std::make_unique<HotKeyCenter>(triggers->hotKeyGrabber());
+    m_hotKeys->onTrigger = [this](RingKind kind) { openFromFileManagerSelection(kind, false); };
+    connect(triggers, &TriggerBackend::hotKeyPressed, m_hotKeys.get(), &HotKeyCenter::triggered);
+    m_hotKeys->load();
+    m_hotKeys->setSuspended(m_pause.isPaused());
+    m_hotKeys->registerAll();
+    // While paused the shortcuts are released, so the same keys reach other programs.
+    connect(&m_pause, &PauseManager::changed, m_hotKeys.get(), [this] { m_hotKeys->setSuspended(m_pause.isPaused()); });
+}
+
+void Coordinator::openFromFileManagerSelection(RingKind kind, bool fileManagerMustBeActive)
+{
+    if (m_ring.isShown() && m_ring.model().isClickMode()) {
+        m_ring.show(kind, m_ring.model().urls(), true, QCursor::pos());
+        return;
+    }
+    if (!m_triggers || (fileManagerMustBeActive && !m_triggers->isFileManagerActive()))
+        return;
+    m_triggers->fetchFileManagerSelection([this, kind](const SelectionResult& result) {
+        if (const auto* error = std::get_if<QString>(&result)) {
+            qCWarning(lcRing, "Finder selection failed: %s", qUtf8Printable(*error));
+            QApplication::beep();
+            return;
+        }
+        const QStringList& files = std::get<QStringList>(result);
+        if (files.isEmpty()) {
+            QApplication::beep();
+            return;
+        }
+        openRing(kind, files, true);
+    });
 }
 
 void Coordinator::handle(const AgentRequest& request)

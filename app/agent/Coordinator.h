@@ -10,6 +10,9 @@
 #include "operations/UndoStore.h"
 #include "platform/CanberraSounds.h"
 #include "ring/RingController.h"
+#include "triggers/DragMonitor.h"
+#include "triggers/HotKeyCenter.h"
+#include "triggers/TriggerBackend.h"
 
 #include <QObject>
 
@@ -36,12 +39,17 @@ public:
 
     void undoLastResult();
 
+    // A ring for the file manager's selection: a double tap (only while a file manager is the
+    // active window) or a shortcut (from anywhere).
+    void openFromFileManagerSelection(RingKind kind, bool fileManagerMustBeActive);
+
     RingController& ring() { return m_ring; }
     TrayMenu& tray() { return m_tray; }
     PauseManager& pause() { return m_pause; }
 
 private:
     void handle(const AgentRequest& request);
+    void startTriggers();
 
     OperationCatalog m_catalog;
     UndoStore m_undo;
@@ -53,6 +61,9 @@ private:
     AgentChannel m_channel;
     JobEventBus m_bus;
     CanberraSounds m_sounds;
+    std::unique_ptr<TriggerBackend> m_triggers;
+    std::unique_ptr<DragMonitor> m_dragMonitor;
+    std::unique_ptr<HotKeyCenter> m_hotKeys;
 };
 
 }  // namespace wendrel

@@ -146,3 +146,15 @@ TEST_F(DragMonitorTest, UnboundCombinationsDoNothing)
     sample(true, 0, 200ms);
     EXPECT_TRUE(requests.empty());
 }
+
+TEST_F(DragMonitorTest, EscapeEndsTheDragWhileTheButtonStaysDown)
+{
+    startDrag(0ms);
+    monitor.cancelDrag(0);
+    EXPECT_EQ(ended, 1);
+    sample(true, Modifier::shift, 100ms);
+    sample(true, 0, 200ms);
+    EXPECT_TRUE(requests.empty());
+    sample(false, 0, 300ms);
+    EXPECT_EQ(ended, 1);  // the release after a cancel ends nothing more
+}
