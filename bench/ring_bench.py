@@ -13,7 +13,7 @@ import sys
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
-from desktop import Desktop, wait_for  # noqa: E402
+from desktop import Desktop, start_file_drag, wait_for  # noqa: E402
 
 REQUESTS = 20
 
@@ -66,16 +66,7 @@ def main():
         drag_cpu = None
         tap_painted = []
         if drag_source:
-            desktop.spawn([drag_source, photo])
-            source = wait_for(lambda: desktop.visible_window("Drag Source"), timeout=10)
-            x, y, width, height = desktop.window_geometry(source)
-            desktop.xdotool("mousemove", x + width // 2, y + height // 2)
-            time.sleep(0.2)
-            desktop.xdotool("mousedown", "1")
-            time.sleep(0.1)
-            for step in range(1, 20):
-                desktop.xdotool("mousemove", x + width // 2 + step * 10, y + height // 2 + step * 5)
-                time.sleep(0.02)
+            start_file_drag(desktop, drag_source, [photo])
             # Ten seconds of dragging about, with a few taps that open and page the ring.
             before = sum(1 for line in open(log_path) if "ring painted" in line)
             start_cpu, start = cpu_seconds(agent.pid), time.monotonic()

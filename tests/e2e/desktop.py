@@ -113,3 +113,42 @@ def wait_for(condition, timeout=10.0, step=0.05):
             return value
         time.sleep(step)
     return None
+
+
+class Checks:
+    """Collects failed expectations, so one run reports every problem, not just the first."""
+
+    def __init__(self):
+        self.failures = []
+
+    def __call__(self, condition, message):
+        if not condition:
+            self.failures.append(message)
+            print("FAIL:", message, flush=True)
+        return condition
+
+
+def require_tools(tools):
+    """Exits with 77 (skipped, for CTest) when a tool the test drives is missing."""
+    missing = [tool for tool in tools if not shutil.which(tool)]
+    if missing:
+        print("skipped: missing", ", ".join(missing))
+        raise SystemExit(77)
+
+
+def start_file_drag(desktop, drag_source, files, log_path=None):
+    """Starts the drag-source program with `files`, presses in its window and moves away: a
+    real file drag is under way when this returns, with the button still down."""
+    log = open(log_path, "w") if log_path else None
+    desktop.spawn([drag_source, *files], log=log)
+    source = wait_for(lambda: desktop.visible_window("Drag Source"), timeout=10)
+    x, y, width, height = desktop.window_geometry(source)
+    desktop.xdotool("mousemove", x + width // 2, y + height // 2)
+    time.sleep(0.2)
+    desktop.xdotool("mousedown", "1")
+    time.sleep(0.1)
+    for step in range(1, 25):
+        desktop.xdotool("mousemove", x + width // 2 + step * 14, y + height // 2 + step * 8)
+        time.sleep(0.02)
+    time.sleep(0.3)
+    return source

@@ -8,26 +8,18 @@ Usage: ring_e2e.py WENDREL_BINARY [SCREENSHOT_FOLDER [WALLPAPER]]"""
 import configparser
 import math
 import os
-import shutil
 import struct
 import subprocess
 import sys
 import time
 import zlib
 
-from desktop import Desktop, wait_for
+from desktop import Checks, Desktop, require_tools, wait_for
 
 RING = "Wendrel Ring"
 SEGMENT_RADIUS = 132  # between the centre disc (66) and the outer edge (198)
 
-failures = []
-
-
-def check(condition, message):
-    if not condition:
-        failures.append(message)
-        print("FAIL:", message, flush=True)
-    return condition
+check = Checks()
 
 
 def write_png(path, width, height):
@@ -63,10 +55,7 @@ REQUIRED_TOOLS = ("Xvfb", "openbox", "trayer", "xdotool", "import", "dbus-daemon
 
 
 def main():
-    missing = [tool for tool in REQUIRED_TOOLS if not shutil.which(tool)]
-    if missing:
-        print("skipped: missing", ", ".join(missing))
-        sys.exit(77)
+    require_tools(REQUIRED_TOOLS)
     wendrel = os.path.abspath(sys.argv[1])
     shots = sys.argv[2] if len(sys.argv) > 2 else None
     wallpaper = sys.argv[3] if len(sys.argv) > 3 else None
@@ -205,8 +194,8 @@ def main():
                 check(3500 < left <= 3600, f"the pause lasts an hour ({left:.0f} s left)")
     finally:
         desktop.close()
-    print("ring end-to-end:", "passed" if not failures else "failed: " + "; ".join(failures))
-    sys.exit(1 if failures else 0)
+    print("ring end-to-end:", "passed" if not check.failures else "failed: " + "; ".join(check.failures))
+    sys.exit(1 if check.failures else 0)
 
 
 if __name__ == "__main__":

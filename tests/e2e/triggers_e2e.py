@@ -7,22 +7,14 @@ Usage: triggers_e2e.py WENDREL DRAG_SOURCE FAKE_FILE_MANAGER [SCREENSHOT_FOLDER]
 
 import os
 import shutil
-import subprocess
 import sys
 import time
 
-from desktop import Desktop, wait_for
+from desktop import Checks, Desktop, require_tools, start_file_drag, wait_for
 
 RING = "Wendrel Ring"
 REQUIRED_TOOLS = ("Xvfb", "openbox", "xdotool", "import", "dbus-daemon", "vipsheader")
-failures = []
-
-
-def check(condition, message):
-    if not condition:
-        failures.append(message)
-        print("FAIL:", message, flush=True)
-    return condition
+check = Checks()
 
 
 class Session:
@@ -50,21 +42,8 @@ class Session:
         return self.desktop.visible_window(RING)
 
     def start_drag(self):
-        """Presses in the drag source and moves away: a real file drag is under way."""
-        d = self.desktop
-        self.source_log = os.path.join(d.root, f"source-{time.monotonic_ns()}.log")
-        d.spawn([self.drag_source, self.photo], log=open(self.source_log, "w"))
-        source = wait_for(lambda: d.visible_window("Drag Source"), timeout=10)
-        x, y, width, height = d.window_geometry(source)
-        d.xdotool("mousemove", x + width // 2, y + height // 2)
-        time.sleep(0.2)
-        d.xdotool("mousedown", "1")
-        time.sleep(0.1)
-        for step in range(1, 25):
-            d.xdotool("mousemove", x + width // 2 + step * 14, y + height // 2 + step * 8)
-            time.sleep(0.02)
-        time.sleep(0.3)
-        return source
+        self.source_log = os.path.join(self.desktop.root, f"source-{time.monotonic_ns()}.log")
+        return start_file_drag(self.desktop, self.drag_source, [self.photo], self.source_log)
 
     def tap(self, key, hold=0.06):
         self.desktop.xdotool("keydown", key)
@@ -193,10 +172,7 @@ SHORTCUT = 'hotKey.actions="{\\"keyCode\\":40,\\"carbonModifiers\\":6144,\\"keyN
 
 
 def main():
-    missing = [tool for tool in REQUIRED_TOOLS if not shutil.which(tool)]
-    if missing:
-        print("skipped: missing", ", ".join(missing))
-        sys.exit(77)
+    require_tools(REQUIRED_TOOLS)
     wendrel, drag_source, file_manager = (os.path.abspath(path) for path in sys.argv[1:4])
     shots = sys.argv[4] if len(sys.argv) > 4 else None
 
@@ -210,8 +186,8 @@ def main():
         session.close()
     nothing_while_paused(wendrel, drag_source, file_manager)
 
-    print("triggers end-to-end:", "passed" if not failures else "failed: " + "; ".join(failures))
-    sys.exit(1 if failures else 0)
+    print("triggers end-to-end:", "passed" if not check.failures else "failed: " + "; ".join(check.failures))
+    sys.exit(1 if check.failures else 0)
 
 
 if __name__ == "__main__":
