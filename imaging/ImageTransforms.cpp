@@ -6,10 +6,15 @@
 #include "ImageFormat.h"
 #include "ImageLoader.h"
 #include "ImageWriter.h"
+#include "LosslessMetadataRemoval.h"
 #include "PixelFunctions.h"
 #include "operations/FileNames.h"
 #include "operations/OperationCatalog.h"
+#include "operations/OperationError.h"
 #include "operations/settings/FormatSettings.h"
+
+#include <QFile>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <functional>
@@ -32,10 +37,12 @@ struct ImageTransform {
     QString description;
     // The size to decode at, from the upright size, when the transform only scales; decoding
     // straight to a smaller size is far cheaper than decoding everything and then shrinking.
-    std::function<QSize(QSize)> decodeSize;
+    std::function<QSize(QSize)> decodeSize = {};
     // The pixel work; none for transforms that only rescale or only re-save.
-    std::function<VImage(const VImage&)> apply;
+    std::function<VImage(const VImage&)> apply = {};
     bool mayKeepMetadata = true;
+    // Writes the result without decoding and encoding again, when the source allows it.
+    std::function<std::optional<QByteArray>(const QString& source)> lossless = {};
 };
 
 struct OutputChoice {
@@ -56,12 +63,46 @@ OutputChoice outputFor(const QString& source, const VImage& result)
     return {ImageFormat::jpeg, QStringLiteral("jpg")};
 }
 
+// Removing metadata from a JPEG or a PNG needs no new encoding: the pixels stay exactly as they
+// were. Only files already upright qualify, since dropping the orientation of one that is not
+// would turn its picture; and the file must decode, so a damaged one is reported, not copied.
+std::optional<QByteArray> withoutMetadataLosslessly(const QString& source)
+{
+    const ContentType type = ContentType::ofFile(source);
+    if (type != ContentType::jpeg() && type != ContentType::png())
+        return std::nullopt;
+    loadImage(source);
+    try {
+        const VImage header = VImage::new_from_file(QFile::encodeName(source).constData());
+        if (header.get_typeof(VIPS_META_ORIENTATION) && header.get_int(VIPS_META_ORIENTATION) != 1)
+            return std::nullopt;
+    } catch (const vips::VError&) {
+        return std::nullopt;
+    }
+    QFile file(source);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > (qint64(1) << 31))
+        return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    return type == ContentType::jpeg() ? jpegWithoutMetadata(bytes) : pngWithoutMetadata(bytes);
+}
+
 OperationOutcome transformAndSave(const QStringList& paths, const OperationContext& context,
                                   const ImageTransform& transform)
 {
     QList<ProducedFile> produced;
     for (const QString& path : paths) {
         context.throwIfCancelled();
+        if (transform.lossless) {
+            if (const std::optional<QByteArray> bytes = transform.lossless(path)) {
+                const QString name = outputName(path, transform.suffix, std::nullopt);
+                const QString destination = context.outputUrl(name);
+                QSaveFile file(destination);
+                if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size() || !file.commit())
+                    throw OperationError(imagingText("Couldn't save the image"));
+                produced.append({destination, name, path});
+                continue;
+            }
+        }
         VImage image = transform.decodeSize ? loadImageScaled(path, transform.decodeSize(uprightImageSize(path)))
                                             : loadImage(path);
         if (transform.apply)
@@ -82,32 +123,38 @@ OperationOutcome transformAndSave(const QStringList& paths, const OperationConte
 
 QList<ImageTransform> transforms()
 {
+    const auto fit1920 = [](QSize size) { return fittedSize(size, 1920); };
     return {
-        {QStringLiteral("image.autoEnhance"), imagingText("Auto Enhance"), QStringLiteral("wand.and.stars"),
-         imagingText("Enhanced"), imagingText("One click: exposure, contrast and colour picked for the photo."),
-         {}, autoEnhanced},
-        {QStringLiteral("image.half"), imagingText("Resize 50%"),
-         QStringLiteral("arrow.down.forward.and.arrow.up.backward"), imagingText("Resized"),
-         imagingText("Half the width and height."), halfSize, {}},
-        {QStringLiteral("image.fit1920"), imagingText("Fit 1920 px"), QStringLiteral("rectangle.compress.vertical"),
-         imagingText("Resized"), imagingText("Shrinks so the longest side is at most 1920 px."),
-         [](QSize size) { return fittedSize(size, 1920); }, {}},
-        {QStringLiteral("image.rotate"), imagingText("Rotate Right"), QStringLiteral("rotate.right"),
-         imagingText("Rotated"), imagingText("Turns 90° clockwise."), {}, rotatedRight},
-        {QStringLiteral("image.rotateLeft"), imagingText("Rotate Left"), QStringLiteral("rotate.left"),
-         imagingText("Rotated"), imagingText("Turns 90° counter-clockwise."), {}, rotatedLeft},
-        {QStringLiteral("image.flip"), imagingText("Flip"),
-         QStringLiteral("arrow.left.and.right.righttriangle.left.righttriangle.right"), imagingText("Flipped"),
-         imagingText("Mirrors left to right."), {}, mirrored},
-        {QStringLiteral("image.square"), imagingText("Crop Square"), QStringLiteral("crop"), imagingText("Cropped"),
-         imagingText("Crops the centre square."), {}, croppedSquare},
-        {QStringLiteral("image.background"), imagingText("Add Background"), QStringLiteral("rectangle.inset.filled"),
-         imagingText("Background"), imagingText("Puts a screenshot on a gradient with rounded corners and a shadow."),
-         {}, onBackgroundCard},
-        {QStringLiteral("image.gray"), imagingText("Black & White"), QStringLiteral("circle.lefthalf.filled"),
-         imagingText("BW"), imagingText("Black-and-white copy."), {}, blackAndWhite},
-        {QStringLiteral("image.strip"), imagingText("Remove Metadata"), QStringLiteral("eye.slash"),
-         imagingText("Clean"), imagingText("Removes location, camera and other metadata."), {}, {}, false},
+        {.id = QStringLiteral("image.autoEnhance"), .title = imagingText("Auto Enhance"),
+         .symbol = QStringLiteral("wand.and.stars"), .suffix = imagingText("Enhanced"),
+         .description = imagingText("One click: exposure, contrast and colour picked for the photo."),
+         .apply = autoEnhanced},
+        {.id = QStringLiteral("image.half"), .title = imagingText("Resize 50%"),
+         .symbol = QStringLiteral("arrow.down.forward.and.arrow.up.backward"), .suffix = imagingText("Resized"),
+         .description = imagingText("Half the width and height."), .decodeSize = halfSize},
+        {.id = QStringLiteral("image.fit1920"), .title = imagingText("Fit 1920 px"),
+         .symbol = QStringLiteral("rectangle.compress.vertical"), .suffix = imagingText("Resized"),
+         .description = imagingText("Shrinks so the longest side is at most 1920 px."), .decodeSize = fit1920},
+        {.id = QStringLiteral("image.rotate"), .title = imagingText("Rotate Right"), .symbol = QStringLiteral("rotate.right"),
+         .suffix = imagingText("Rotated"), .description = imagingText("Turns 90° clockwise."), .apply = rotatedRight},
+        {.id = QStringLiteral("image.rotateLeft"), .title = imagingText("Rotate Left"),
+         .symbol = QStringLiteral("rotate.left"), .suffix = imagingText("Rotated"),
+         .description = imagingText("Turns 90° counter-clockwise."), .apply = rotatedLeft},
+        {.id = QStringLiteral("image.flip"), .title = imagingText("Flip"),
+         .symbol = QStringLiteral("arrow.left.and.right.righttriangle.left.righttriangle.right"),
+         .suffix = imagingText("Flipped"), .description = imagingText("Mirrors left to right."), .apply = mirrored},
+        {.id = QStringLiteral("image.square"), .title = imagingText("Crop Square"), .symbol = QStringLiteral("crop"),
+         .suffix = imagingText("Cropped"), .description = imagingText("Crops the centre square."), .apply = croppedSquare},
+        {.id = QStringLiteral("image.background"), .title = imagingText("Add Background"),
+         .symbol = QStringLiteral("rectangle.inset.filled"), .suffix = imagingText("Background"),
+         .description = imagingText("Puts a screenshot on a gradient with rounded corners and a shadow."),
+         .apply = onBackgroundCard},
+        {.id = QStringLiteral("image.gray"), .title = imagingText("Black & White"),
+         .symbol = QStringLiteral("circle.lefthalf.filled"), .suffix = imagingText("BW"),
+         .description = imagingText("Black-and-white copy."), .apply = blackAndWhite},
+        {.id = QStringLiteral("image.strip"), .title = imagingText("Remove Metadata"), .symbol = QStringLiteral("eye.slash"),
+         .suffix = imagingText("Clean"), .description = imagingText("Removes location, camera and other metadata."),
+         .mayKeepMetadata = false, .lossless = withoutMetadataLosslessly},
     };
 }
 

@@ -189,9 +189,20 @@ TEST_F(ImageOperationsTest, MetadataIsKeptWithoutOrientationOrDroppedAsAsked)
     }
     EXPECT_EQ(decoded(result("image.png", photo)).width(), 30);
 
+    // Tagged to be turned: the pixels are turned and written again, without metadata.
     const QString clean = result("image.strip", photo);
     EXPECT_TRUE(exifTag(clean, "Make").isEmpty());
     EXPECT_TRUE(exifTag(clean, "GPSLatitude").isEmpty());
+    EXPECT_EQ(decoded(clean).width(), 30);
+
+    // Already upright: the same pixels exactly, not encoded again.
+    const QString upright = picture(QStringLiteral("upright.jpg"), twoColours(60, 30), QStringLiteral("[strip=false]"));
+    ASSERT_TRUE(runTool(QStringLiteral("exiftool"), {QStringLiteral("-q"), QStringLiteral("-overwrite_original"),
+                                                     QStringLiteral("-GPSLatitude=48.1"), QStringLiteral("-GPSLatitudeRef=N"),
+                                                     upright}));
+    const QString uprightClean = result("image.strip", upright);
+    EXPECT_TRUE(exifTag(uprightClean, "GPSLatitude").isEmpty());
+    EXPECT_EQ((decoded(uprightClean) - decoded(upright)).abs().max(), 0.0);
 
     FormatSettings noMetadata;
     noMetadata.keepMetadata = false;
