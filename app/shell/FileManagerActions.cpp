@@ -95,7 +95,15 @@ std::optional<ThunarLayout> readThunarLayout(const QByteArray& bytes)
     if (layout.text.toUtf8() != bytes)
         return std::nullopt;  // not UTF-8: it couldn't be written back byte for byte
     const QString& text = layout.text;
-    QXmlStreamReader reader(text);
+    // Thunar writes its declaration as <?xml encoding="UTF-8" version="1.0"?>, which strict XML
+    // readers refuse; the text is decoded already, so the reader gets spaces in its place.
+    QString parsed = text;
+    if (parsed.startsWith(QLatin1String("<?xml"))) {
+        const qsizetype end = parsed.indexOf(QLatin1String("?>"));
+        if (end > 0)
+            parsed.replace(0, end + 2, QString(end + 2, u' '));
+    }
+    QXmlStreamReader reader(parsed);
     int depth = 0;
     bool sawRoot = false;
     qsizetype actionStart = 0;
