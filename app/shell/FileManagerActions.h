@@ -8,7 +8,6 @@
 #include <QStringList>
 
 #include <array>
-#include <optional>
 
 namespace wendrel {
 
@@ -24,6 +23,12 @@ QString fileManagerName(FileManager manager);
 
 // The menu label of the action that opens a ring: "Convert with Wendrel", "Wendrel Tools", "Wendrel Actions".
 QString contextMenuLabel(RingKind ring);
+
+// Its tooltip, where the format has one.
+QString contextMenuDescription(RingKind ring);
+
+// Every file Wendrel writes for a file manager says so in a comment that starts with this.
+inline constexpr char integrationMarker[] = "wendrel-integrate:";
 
 // The user's own XDG folders, where every file manager looks for per-user actions.
 struct IntegrationHomes {
@@ -44,7 +49,7 @@ struct OwnFile {
 };
 
 // The files Wendrel owns for a file manager, each calling `executable`. Thunar has none: its
-// actions live in the user's uca.xml (see thunarActionsPath).
+// actions live in the user's uca.xml (see ThunarActions.h).
 QList<OwnFile> ownFiles(FileManager manager, const IntegrationHomes& homes, const QString& executable);
 
 // Contents, one function per format.
@@ -61,25 +66,10 @@ bool isWendrelFile(const QByteArray& content);
 QStringList foldersCreatedFor(const QByteArray& content);
 QByteArray withFoldersCreated(const QByteArray& ownFileContent, const QStringList& folders);
 
-// Thunar keeps every custom action, the user's and Wendrel's, in one uca.xml.
-QString thunarActionsPath(const IntegrationHomes& homes);
+// The record foldersCreatedFor reads, for a comment of any format: no line breaks, no "--".
+QString createdFoldersNote(const QStringList& folders);
 
-// uca.xml with Wendrel's three actions (replacing any earlier ones of Wendrel's) added before the
-// end of the list; every other byte stays as it was. None when `existing` isn't a readable
-// custom-actions file: it is then left alone.
-std::optional<QByteArray> thunarActionsWithWendrel(const QByteArray& existing, const QString& executable);
-
-// uca.xml without Wendrel's actions and without the note that Wendrel created the file. For a
-// file that went through thunarActionsWithWendrel alone, this gives back the bytes it started from.
-std::optional<QByteArray> thunarActionsWithoutWendrel(const QByteArray& existing);
-
-// A new uca.xml, made when the user has none: Thunar reads only the first uca.xml it finds, so
-// the system's default actions (`systemDefault`, empty when there are none) are copied in to
-// stay visible. It carries a note that Wendrel created it, with the folders created for it.
-QByteArray newThunarActionsFile(const QByteArray& systemDefault, const QStringList& foldersCreated);
-
-// True when Wendrel created this uca.xml and nothing but Wendrel's actions were added to it
-// since: removing Wendrel's actions may then delete the file.
-bool isUnchangedThunarFileOfWendrel(const QByteArray& existing, const QByteArray& systemDefault);
+// POSIX sh quoting: the text arrives as one word, whatever it holds.
+QString shellQuoted(QString text);
 
 }  // namespace wendrel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileManagerActions.h"
+#include "ThunarActions.h"
 
 #include <QList>
 #include <QString>

@@ -1,4 +1,5 @@
 #include "app/shell/FileManagerIntegration.h"
+#include "app/shell/ThunarActions.h"
 #include "support/TestEnvironment.h"
 
 #include <QDeadlineTimer>
