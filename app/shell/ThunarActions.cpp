@@ -50,7 +50,9 @@ std::optional<ThunarLayout> readThunarLayout(const QByteArray& bytes)
         const QXmlStreamReader::TokenType token = reader.readNext();
         // Element offsets point just past the tag's '>'; a tag holds no other '<'.
         const qsizetype offset = reader.characterOffset();
-        if (token == QXmlStreamReader::Comment && depth == 0 && reader.text().trimmed().startsWith(QLatin1String(integrationMarker))) {
+        const bool isNote = token == QXmlStreamReader::Comment && depth == 0
+                            && reader.text().trimmed().startsWith(QLatin1String(integrationMarker));
+        if (isNote) {
             layout.wendrelNote = Span{text.lastIndexOf(QLatin1String("<!--"), offset - 1), offset};
         } else if (token == QXmlStreamReader::StartElement) {
             ++depth;
@@ -98,7 +100,7 @@ QString thunarAction(RingKind ring, const QString& executable)
 {
     const QString command = shellQuoted(executable).replace(u'%', QLatin1String("%%")) + QStringLiteral(" ring ")
                             + rawValue(ring) + QStringLiteral(" %F");
-    // Only elements every Thunar since 4.16 knows: an unknown one makes it reject the whole file.
+    // Only elements Thunar has long known: an unknown one makes it reject the whole file.
     return QStringLiteral("<action>\n"
                           "\t<icon>wendrel</icon>\n"
                           "\t<name>%1</name>\n"

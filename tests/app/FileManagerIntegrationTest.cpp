@@ -194,7 +194,8 @@ TEST_F(IntegrateCommandTest, InstallTwiceThenRemoveLeavesTheHomeExactlyAsItWas)
 
     const Finished remove = wendrel({QStringLiteral("integrate"), QStringLiteral("--remove")});
     EXPECT_EQ(remove.exitCode, 0) << remove.out.toStdString();
-    EXPECT_TRUE(remove.out.contains(QStringLiteral("Dolphin: removed from %1/kio/servicemenus and %1/kservices5/ServiceMenus\n").arg(data)));
+    EXPECT_TRUE(remove.out.contains(
+        QStringLiteral("Dolphin: removed from %1/kio/servicemenus and %1/kservices5/ServiceMenus\n").arg(data)));
     EXPECT_EQ(tree(root.path()), before);
 
     EXPECT_TRUE(wendrel({QStringLiteral("integrate"), QStringLiteral("--remove")}).out.contains(u"Thunar: nothing to remove\n"));
@@ -315,7 +316,9 @@ TEST_F(StandInTest, DolphinAndNemoExecLinesReachTheStandInThroughGLibsDesktopEnt
                  {homes.dataHome + QStringLiteral("/nemo/actions/wendrel-actions.nemo_action"), QStringLiteral("actions")}};
     for (const auto& entry : cases) {
         const QString probe = root.filePath(QStringLiteral("probe.desktop"));
-        writeFile(probe, QStringLiteral("[Desktop Entry]\nType=Application\nName=Probe\nExec=%1\n").arg(execLine(entry.file)).toUtf8());
+        writeFile(probe, QStringLiteral("[Desktop Entry]\nType=Application\nName=Probe\nExec=%1\n")
+                             .arg(execLine(entry.file))
+                             .toUtf8());
         const Finished launch = run(gio, QStringList{QStringLiteral("launch"), probe} + absoluteNames, environmentWith({}, {}));
         EXPECT_EQ(launch.exitCode, 0) << launch.out.toStdString();
         EXPECT_EQ(recorded(), QStringList({QStringLiteral("ring"), entry.ring}) + absoluteNames) << entry.file.toStdString();
@@ -337,7 +340,8 @@ TEST_F(StandInTest, DolphinServiceMenuPassesTheValidatorButForWhatOnlyServiceMen
             unexpected.append(line);
     }
     EXPECT_TRUE(unexpected.isEmpty()) << unexpected.join(u'\n').toStdString();
-    EXPECT_TRUE(validation.out.contains(u"\"all/all\"")) << "the validator did not read the file: " << validation.out.toStdString();
+    EXPECT_TRUE(validation.out.contains(u"\"all/all\""))
+        << "the validator did not read the file: " << validation.out.toStdString();
 }
 
 TEST_F(StandInTest, ANewUcaXmlKeepsThunarsDefaultsAndGoesAwayWithWendrelsActions)
