@@ -44,7 +44,8 @@ QString summaryLine(const FileManagerReport& report, bool removing)
             problems.append(translate("left %1 alone: it isn't Wendrel's").arg(file.path));
             break;
         case FileOutcome::failed:
-            problems.append(file.error);
+            if (!problems.contains(file.error))  // the files of one folder fail alike
+                problems.append(file.error);
             break;
         case FileOutcome::absent:
             break;

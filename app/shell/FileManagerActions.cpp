@@ -10,13 +10,14 @@ namespace {
 
 QString translate(const char* text) { return QCoreApplication::translate("FileManagerActions", text); }
 
-// The first line of every file Wendrel owns; recognising files by it means a user's own file
-// of the same name is never replaced or deleted.
+// The comment at the top of every file Wendrel owns (after a script's #! line); recognising
+// files by it means a user's own file of the same name is never replaced or deleted.
 QString ownFileMarker()
 {
     return QStringLiteral("# ") + QLatin1String(integrationMarker)
            + QStringLiteral(" written by \"wendrel integrate\"; \"wendrel integrate --remove\" deletes it.");
 }
+
 const QLatin1String createdFoldersKey("wendrel-integrate-created:");
 
 // An argument of a desktop entry's Exec key: double quotes, in which ", `, $ and \ take a backslash.

@@ -221,6 +221,23 @@ TEST_F(IntegrateCommandTest, AUsersFileWhereWendrelsWouldGoIsLeftAlone)
     EXPECT_EQ(folderEntries(QFileInfo(theirs).path()), QStringList{QStringLiteral("Wendrel Tools")});
 }
 
+TEST_F(IntegrateCommandTest, AFolderThatCannotBeMadeFailsThatFileManagerOnly)
+{
+    const QString blocker = home + QStringLiteral("/.local/share/nemo");
+    writeFile(blocker, "a file where Nemo's folder would be");
+    const Finished install = wendrel({QStringLiteral("integrate")});
+    EXPECT_EQ(install.exitCode, 1);
+    EXPECT_TRUE(install.out.contains(
+        QStringLiteral("Nemo: not installed; can't create the folder %1/actions\n").arg(blocker)))
+        << install.out.toStdString();
+    EXPECT_TRUE(install.out.contains(u"Thunar: installed in "));
+
+    const Finished remove = wendrel({QStringLiteral("integrate"), QStringLiteral("--remove")});
+    EXPECT_EQ(remove.exitCode, 0);
+    EXPECT_TRUE(remove.out.contains(u"Nemo: nothing to remove\n"));
+    EXPECT_EQ(readFile(blocker), "a file where Nemo's folder would be");
+}
+
 TEST_F(IntegrateCommandTest, FollowsXdgDataAndConfigHomeAndReportsJson)
 {
     environment.insert(QStringLiteral("XDG_DATA_HOME"), root.filePath(QStringLiteral("xdg data")));
