@@ -66,15 +66,6 @@ TEST(ThunarActions, CommandIsShellQuotedWithPercentDoubled)
     EXPECT_EQ(entries[3].command, QStringLiteral(R"('/opt/50%% off\ "beta"/it'\''s $x/wendrel' ring actions %F)"));
 }
 
-TEST(ThunarActions, TheNoteOfCreatedFoldersIsAWellFormedComment)
-{
-    const QStringList folders{QStringLiteral("/home/me/.config/my -- Thunar"), QStringLiteral("/home/me/odd\nname")};
-    const QByteArray uca = newThunarActionsFile({}, folders);
-    EXPECT_EQ(foldersCreatedFor(uca), folders);
-    EXPECT_TRUE(thunarEntries(uca).isEmpty());
-    EXPECT_EQ(thunarActionsWithoutWendrel(uca), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<actions>\n</actions>\n");
-}
-
 TEST(ThunarActions, MergingKeepsTheUsersActionsAndRemovalGivesBackTheSameBytes)
 {
     const std::optional<QByteArray> merged = thunarActionsWithWendrel(usersUca, QStringLiteral("/usr/bin/wendrel"));
@@ -152,9 +143,12 @@ TEST(ThunarActions, ANewFileCarriesThunarsDefaultsAndIsRecognisedUntilTheUserAdd
     EXPECT_FALSE(isUnchangedThunarFileOfWendrel(added, systemDefault));
     EXPECT_FALSE(isUnchangedThunarFileOfWendrel(*thunarActionsWithWendrel(usersUca, QStringLiteral("/w")), {}));
 
+    // The note keeps the folders made for the file, in a comment that stays well-formed.
+    const QStringList folders{QStringLiteral("/home/me/.config/my -- Thunar"), QStringLiteral("/home/me/odd\nname")};
     const QByteArray withoutDefaults =
-        *thunarActionsWithWendrel(newThunarActionsFile({}, {}), QStringLiteral("/usr/bin/wendrel"));
+        *thunarActionsWithWendrel(newThunarActionsFile({}, folders), QStringLiteral("/usr/bin/wendrel"));
     EXPECT_EQ(thunarEntries(withoutDefaults).size(), 3);
+    EXPECT_EQ(foldersCreatedFor(withoutDefaults), folders);
     EXPECT_TRUE(isUnchangedThunarFileOfWendrel(withoutDefaults, {}));
 }
 
