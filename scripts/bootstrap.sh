@@ -22,8 +22,8 @@ packages=(
     xvfb xauth dbus dbus-x11 openbox trayer xdotool x11-utils fonts-dejavu-core desktop-file-utils
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev unzip zip time python3
-    # independent readers the tests check outputs with
-    libimage-exiftool-perl imagemagick
+    # independent readers the tests check outputs with (gio: GLib's desktop-entry Exec reader)
+    libimage-exiftool-perl imagemagick libglib2.0-bin
 )
 
 missing=()

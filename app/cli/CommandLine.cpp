@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include "ConsoleOutput.h"
+#include "IntegrateCommand.h"
 #include "OpsCommand.h"
 #include "RunCommand.h"
 #include "app/AllOperations.h"
@@ -29,6 +30,8 @@ QString usage()
         "Commands:\n"
         "  ops FILE...             list, ring by ring, the entries that fit all the files\n"
         "  run ENTRY FILE...       run one entry (for example subtitle.vtt) on the files\n"
+        "  integrate [--remove]    add Wendrel's actions to the file managers' context menus\n"
+        "                          (Nautilus, Caja, Nemo, Dolphin, Thunar), or take them away\n"
         "  help                    show this text\n"
         "\n"
         "Options:\n"
@@ -80,7 +83,8 @@ int runCommandLine(const QStringList& arguments)
     const QCommandLineOption verboseOption(QStringList{QStringLiteral("v"), QStringLiteral("verbose")});
     const QCommandLineOption helpOption(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption versionOption(QStringLiteral("version"));
-    parser.addOptions({toOption, jsonOption, verboseOption, helpOption, versionOption});
+    const QCommandLineOption removeOption(QStringLiteral("remove"));
+    parser.addOptions({toOption, jsonOption, verboseOption, helpOption, versionOption, removeOption});
 
     if (!parser.parse(arguments))
         return usageError(parser.errorText());
@@ -96,6 +100,12 @@ int runCommandLine(const QStringList& arguments)
     }
     if (!parser.isSet(verboseOption))
         QLoggingCategory::setFilterRules(QStringLiteral("wendrel.*.info=false"));
+
+    if (command == u"integrate") {
+        if (positional.size() > 1)
+            return usageError(translate("integrate takes no files."));
+        return runIntegrateCommand(parser.isSet(removeOption), parser.isSet(jsonOption));
+    }
 
     OperationCatalog catalog;
     registerAllOperations(catalog);
