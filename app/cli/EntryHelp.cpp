@@ -30,9 +30,7 @@ QString valueSynopsis(const PromptField& field)
 {
     switch (field.kind) {
     case PromptField::Kind::choice: {
-        QStringList values;
-        for (const PromptChoice& choice : field.choices)
-            values.append(plainValue(field, choice.value));
+        QStringList values = choiceValues(field);
         if (field.acceptsOtherNumbers)
             values.append(QStringLiteral("N"));
         return values.join(u'|');

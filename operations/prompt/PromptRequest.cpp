@@ -137,6 +137,14 @@ QString sliderLabel(const PromptField& field, double value)
     return field.valueFormat.arg(displayNumber(std::round(value)));
 }
 
+QStringList choiceValues(const PromptField& field)
+{
+    QStringList values;
+    for (const PromptChoice& choice : field.choices)
+        values.append(plainValue(field, choice.value));
+    return values;
+}
+
 QString choiceTitle(const PromptField& field, const QJsonValue& value)
 {
     for (const PromptChoice& choice : field.choices) {

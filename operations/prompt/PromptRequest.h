@@ -94,6 +94,9 @@ QString displayNumber(double value);
 // The slider's live label for a value: "Smaller by 50%".
 QString sliderLabel(const PromptField& field, double value);
 
+// How a choice field's values read, in order: "targetSize", "reduceBy", "quality".
+QStringList choiceValues(const PromptField& field);
+
 // The title of a choice's value: the matching choice's title, or for another number, the
 // number followed by the unit ("1600 px"). Empty when the value fits neither.
 QString choiceTitle(const PromptField& field, const QJsonValue& value);

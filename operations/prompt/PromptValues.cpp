@@ -164,9 +164,7 @@ QString acceptedValues(const PromptField& field)
     const QString maximum = displayNumber(field.maximum);
     switch (field.kind) {
     case PromptField::Kind::choice: {
-        QStringList values;
-        for (const PromptChoice& choice : field.choices)
-            values.append(plainValue(field, choice.value));
+        QStringList values = choiceValues(field);
         if (field.acceptsOtherNumbers)
             values.append(translate("another whole number from %1 to %2").arg(minimum, maximum));
         return alternatives(values);

@@ -25,13 +25,11 @@ struct Result {
     QString err;
 };
 
-// Runs the real wendrel binary, the way a user or a script would, in the private home.
-// Standard input is a pipe, never a terminal.
-Result runWendrel(const QStringList& arguments, const QString& workingDirectory = {})
+// Gives the started process `input` and waits for its end; one that hangs is killed and
+// reported with exit code -1.
+Result finish(QProcess& process, const QByteArray& input = {})
 {
-    QProcess process;
-    process.setWorkingDirectory(workingDirectory.isEmpty() ? QDir::tempPath() : workingDirectory);
-    process.start(QStringLiteral(WENDREL_BINARY), arguments);
+    process.write(input);
     process.closeWriteChannel();
     if (!process.waitForFinished(60'000)) {
         process.kill();
@@ -39,6 +37,16 @@ Result runWendrel(const QStringList& arguments, const QString& workingDirectory 
     }
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
+}
+
+// Runs the real wendrel binary, the way a user or a script would, in the private home.
+// Standard input is a pipe, never a terminal.
+Result runWendrel(const QStringList& arguments, const QString& workingDirectory = {})
+{
+    QProcess process;
+    process.setWorkingDirectory(workingDirectory.isEmpty() ? QDir::tempPath() : workingDirectory);
+    process.start(QStringLiteral(WENDREL_BINARY), arguments);
+    return finish(process);
 }
 
 class CommandLineTest : public ::testing::Test {
@@ -68,14 +76,7 @@ Result runWendrelOnTerminal(const QStringList& arguments, const QByteArray& type
         command.append(shellQuoted(argument));
     QProcess process;
     process.start(QStringLiteral("script"), {QStringLiteral("-qec"), command.join(u' '), QStringLiteral("/dev/null")});
-    process.write(typed);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60'000)) {
-        process.kill();
-        return {};
-    }
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return finish(process, typed);
 }
 
 QString imageHeader(const QString& file, const char* field)
