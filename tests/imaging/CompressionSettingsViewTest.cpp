@@ -97,26 +97,6 @@ TEST_F(CompressionSettingsViewTest, OpensWithTheGivenSettingsAndItsAnswersAreTha
     EXPECT_TRUE(completeAnswers(opened, settings.toJson()).isValid());
 }
 
-TEST_F(CompressionSettingsViewTest, TheCommandLineSpellingsOfEverySetting)
-{
-    const CheckedAnswers answers = answersFromOptions(view, {{QStringLiteral("mode"), QStringLiteral("reduce")},
-                                                             {QStringLiteral("reduce"), QStringLiteral("40")},
-                                                             {QStringLiteral("max-dimension"), QStringLiteral("keep")},
-                                                             {QStringLiteral("format"), QStringLiteral("HEIF")}});
-    ASSERT_TRUE(answers.isValid()) << answers.problem.toStdString();
-    CompressionSettings expected;
-    expected.mode = CompressionSettings::Mode::reduceBy;
-    expected.reducePercent = 40;
-    expected.format = CompressionSettings::Format::heic;
-    EXPECT_EQ(CompressionSettings::fromJson(answers.answers), expected);
-
-    for (const char* mode : {"targetSize", "size", "reduceBy", "reduce", "quality"})
-        EXPECT_TRUE(readFieldValue(field("mode"), QString::fromUtf8(mode))) << mode;
-    EXPECT_FALSE(readFieldValue(field("targetMB"), QStringLiteral("0")));
-    EXPECT_FALSE(readFieldValue(field("qualityPercent"), QStringLiteral("101")));
-    EXPECT_FALSE(readFieldValue(field("format"), QStringLiteral("png")));
-}
-
 TEST_F(CompressionSettingsViewTest, TheEntryAsksWithTheStoredSettingsAndConfirmingSavesThem)
 {
     OperationCatalog catalog;
