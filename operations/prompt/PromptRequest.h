@@ -48,7 +48,7 @@ struct PromptField {
     double minimum = 0;       // number, slider, and the other numbers of a choice
     double maximum = 0;
     int decimals = 0;         // number: digits after the point an editor shows
-    double step = 1;          // slider
+    double step = 1;          // slider: the grid of its values; number: what an arrow press adds
     QString unit{};           // number: the words after the field, "MB or less"; choice: of other numbers, "px"
     QString valueFormat{};    // slider: its live label, %1 the whole value: "Quality %1%"
 
