@@ -4,12 +4,15 @@
 #include "OperationContext.h"
 #include "OperationOutcome.h"
 #include "RingKind.h"
+#include "prompt/PromptRequest.h"
 
+#include <QJsonObject>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 
 namespace wendrel {
 
@@ -40,6 +43,18 @@ public:
 
     // Does the work. Throws OperationError with the message the user sees.
     virtual OperationOutcome run(const QStringList& paths, const OperationContext& context) const = 0;
+
+    // What the entry asks the user before it runs on these files; nothing when it runs
+    // straight away. `paths` may be empty when only the fields matter (help, option lists).
+    virtual std::optional<PromptRequest> prompt(const QStringList& paths) const
+    {
+        Q_UNUSED(paths);
+        return std::nullopt;
+    }
+
+    // The user confirmed the prompt with these answers, complete and checked: the entry keeps
+    // what it wants to offer as the starting values next time.
+    virtual void rememberAnswers(const QJsonObject& answers) const { Q_UNUSED(answers); }
 
     virtual bool isGroup() const = 0;
 

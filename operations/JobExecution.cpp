@@ -86,7 +86,7 @@ private:
 
 // Runs the operation once per file on up to one thread per core; results keep input order.
 std::vector<RunResult> runPerFile(const FileOperation& operation, const QStringList& paths,
-                                  const QString& scratch,
+                                  const QString& scratch, const QJsonObject& answers,
                                   const std::shared_ptr<const std::atomic_bool>& cancelled,
                                   ProgressMeter& meter)
 {
@@ -99,7 +99,7 @@ std::vector<RunResult> runPerFile(const FileOperation& operation, const QStringL
                 continue;
             }
             const OperationContext context(
-                scratch, [&meter, index](double fraction) { meter.set(index, fraction); }, cancelled);
+                scratch, [&meter, index](double fraction) { meter.set(index, fraction); }, cancelled, answers);
             results[index] = runOnce(operation, {paths[static_cast<qsizetype>(index)]}, context);
             meter.set(index, 1.0);
         }
@@ -135,13 +135,13 @@ JobReport executeJob(const JobRequest& request, std::shared_ptr<const std::atomi
     if (operation.combinesInputs()) {
         ProgressMeter meter(1, progress);
         const OperationContext context(
-            scratch.path(), [&meter](double fraction) { meter.set(0, fraction); }, cancelled);
+            scratch.path(), [&meter](double fraction) { meter.set(0, fraction); }, cancelled, request.answers);
         runs.push_back(runOnce(operation, request.paths, context));
         runSources.push_back(request.paths.value(0));
     } else {
         ProgressMeter meter(static_cast<size_t>(std::max<qsizetype>(1, request.paths.size())),
                             progress);
-        runs = runPerFile(operation, request.paths, scratch.path(), cancelled, meter);
+        runs = runPerFile(operation, request.paths, scratch.path(), request.answers, cancelled, meter);
         runSources.assign(request.paths.cbegin(), request.paths.cend());
     }
 

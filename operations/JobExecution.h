@@ -2,6 +2,7 @@
 
 #include "FileOperation.h"
 
+#include <QJsonObject>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -31,6 +32,7 @@ struct JobRequest {
     FileOperationPtr operation;
     QStringList paths;
     std::optional<QString> destinationFolder;  // none: next to each original
+    QJsonObject answers{};                     // the confirmed prompt; empty when not asked
 };
 
 // Runs one entry over its files, start to finish, on the calling thread:

@@ -21,16 +21,20 @@ JobRunner::~JobRunner()
 bool JobRunner::run(FileOperationPtr operation, const QStringList& paths,
                     const std::optional<QString>& destinationFolder)
 {
-    if (m_status.isRunning() || !operation)
+    return run(JobRequest{std::move(operation), paths, destinationFolder});
+}
+
+bool JobRunner::run(JobRequest request)
+{
+    if (m_status.isRunning() || !request.operation)
         return false;
     if (m_worker.joinable())
         m_worker.join();  // the previous job has ended; its thread is exiting
 
     m_cancelled = std::make_shared<std::atomic_bool>(false);
     m_latestProgress = 0;
-    setStatus({Status::State::running, operation->title(), 0, {}, {}, {}});
+    setStatus({Status::State::running, request.operation->title(), 0, {}, {}, {}});
 
-    JobRequest request{std::move(operation), paths, destinationFolder};
     m_worker = std::jthread([this, request, cancelled = m_cancelled] {
         const JobReport report = executeJob(request, cancelled, [this](double fraction) {
             m_latestProgress = fraction;

@@ -44,6 +44,8 @@ public:
     const Status& status() const { return m_status; }
 
     // Starts the job and returns at once. Returns false, starting nothing, while a job runs.
+    // An entry that asks before it runs is given the request's answers (see askBeforeRunning).
+    bool run(JobRequest request);
     bool run(FileOperationPtr operation, const QStringList& paths,
              const std::optional<QString>& destinationFolder = std::nullopt);
 

@@ -14,4 +14,17 @@ OperationOutcome Op::run(const QStringList& paths, const OperationContext& conte
     return m.body(paths, context);
 }
 
+std::optional<PromptRequest> Op::prompt(const QStringList& paths) const
+{
+    if (!m.prompt.request)
+        return std::nullopt;
+    return m.prompt.request(paths);
+}
+
+void Op::rememberAnswers(const QJsonObject& answers) const
+{
+    if (m.prompt.remember)
+        m.prompt.remember(answers);
+}
+
 }  // namespace wendrel

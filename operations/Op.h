@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileOperation.h"
+#include "prompt/OperationPrompt.h"
 
 #include <functional>
 
@@ -23,6 +24,7 @@ public:
         QList<ContentType> excludesExactly;  // ...and is exactly none of these
         QString description;
         Body body;
+        OperationPrompt prompt{};            // empty: runs without asking
     };
 
     explicit Op(Definition definition) : m(std::move(definition)) {}
@@ -44,6 +46,8 @@ public:
 
     bool accepts(const ContentType& type) const override;
     OperationOutcome run(const QStringList& paths, const OperationContext& context) const override;
+    std::optional<PromptRequest> prompt(const QStringList& paths) const override;
+    void rememberAnswers(const QJsonObject& answers) const override;
     bool isGroup() const override { return false; }
     QList<FileOperationPtr> children(const QStringList&) const override { return {}; }
 

@@ -17,10 +17,11 @@ OperationCancelled::OperationCancelled()
 }
 
 OperationContext::OperationContext(QString workDirectory, ProgressFunction progress,
-                                   std::shared_ptr<const std::atomic_bool> cancelled)
+                                   std::shared_ptr<const std::atomic_bool> cancelled, QJsonObject answers)
     : m_workDirectory(std::move(workDirectory)),
       m_progress(std::move(progress)),
-      m_cancelled(std::move(cancelled))
+      m_cancelled(std::move(cancelled)),
+      m_answers(std::move(answers))
 {
 }
 

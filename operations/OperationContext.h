@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QString>
 
 #include <atomic>
@@ -8,14 +9,16 @@
 
 namespace wendrel {
 
-// What a running operation is given: a private scratch folder, a way to report progress and
-// a cancellation flag to poll. A context may be copied to the threads of one job.
+// What a running operation is given: a private scratch folder, a way to report progress, a
+// cancellation flag to poll and the answers the user confirmed before the job started. A
+// context may be copied to the threads of one job.
 class OperationContext {
 public:
     using ProgressFunction = std::function<void(double fraction)>;
 
     explicit OperationContext(QString workDirectory, ProgressFunction progress = {},
-                              std::shared_ptr<const std::atomic_bool> cancelled = {});
+                              std::shared_ptr<const std::atomic_bool> cancelled = {},
+                              QJsonObject answers = {});
 
     // The job's scratch folder. Operations write every file they produce below it.
     const QString& workDirectory() const { return m_workDirectory; }
@@ -24,6 +27,10 @@ public:
     void progress(double fraction) const;
 
     bool isCancelled() const;
+
+    // What the user answered the entry's prompt, field key to value; empty when the job was
+    // started without asking, in which case the operation uses its stored settings.
+    const QJsonObject& answers() const { return m_answers; }
 
     // Ends the operation with OperationCancelled when the user has cancelled the job.
     void throwIfCancelled() const;
@@ -37,6 +44,7 @@ private:
     QString m_workDirectory;
     ProgressFunction m_progress;
     std::shared_ptr<const std::atomic_bool> m_cancelled;
+    QJsonObject m_answers;
 };
 
 }  // namespace wendrel

@@ -49,6 +49,11 @@ RingController::RingController(const OperationCatalog& catalog, JobRunner& runne
     connect(&m_fade, &QPropertyAnimation::finished, this, &RingController::finishHiding);
     connect(&m_view, &RingView::closeRequested, this, &RingController::hide);
     m_model.onFinished = [this] { onJobFinished(); };
+    // Cancelled questions after a drop: the drag is over, so the ring goes as after any drag.
+    m_model.onPromptCancelled = [this] {
+        if (!m_model.isClickMode())
+            scheduleHide(dragEndedDelay);
+    };
 }
 
 bool RingController::isShown() const { return m_view.isVisible() && m_view.windowOpacity() > 0; }
@@ -94,8 +99,9 @@ void RingController::warmUp(const QStringList& symbols)
 
 void RingController::dragEnded()
 {
-    // A job started by the drop keeps the ring until its outcome has been read.
-    if (!m_model.runner().status().isRunning() && !m_resultShown)
+    // A job started by the drop keeps the ring until its outcome has been read, and so do the
+    // questions an entry asks before it runs.
+    if (!m_model.runner().status().isRunning() && !m_resultShown && !m_model.isAsking())
         scheduleHide(dragEndedDelay);
 }
 

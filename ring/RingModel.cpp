@@ -150,9 +150,19 @@ void RingModel::startRun(const FileOperationPtr& entry, const QStringList& files
         m_runner.reject(entry, files, *refusal);
         return;
     }
-    if (confirmBeforeRunning && !confirmBeforeRunning(*entry, files))
-        return;
-    m_runner.run(entry, files);
+    QJsonObject answers;
+    if (askUser) {
+        m_asking = true;
+        const std::optional<QJsonObject> confirmed = askBeforeRunning(*entry, files, askUser);
+        m_asking = false;
+        if (!confirmed) {
+            if (onPromptCancelled)
+                onPromptCancelled();
+            return;
+        }
+        answers = *confirmed;
+    }
+    m_runner.run({entry, files, std::nullopt, answers});
 }
 
 std::optional<int> RingModel::segmentAt(double dx, double dy) const

@@ -3,6 +3,7 @@
 #include "JobEvent.h"
 #include "RingGeometry.h"
 #include "operations/FileOperation.h"
+#include "operations/prompt/AskBeforeRunning.h"
 
 #include <QObject>
 
@@ -89,9 +90,16 @@ public:
     // Played after every run when "feedbackEnabled" is on (the default).
     void setFeedbackSounds(FeedbackSounds* sounds) { m_sounds = sounds; }
 
-    // Asked before an entry runs, for entries that need the user's choices first; answering
-    // false runs nothing. Without it every entry runs straight away.
-    std::function<bool(const FileOperation& entry, const QStringList& files)> confirmBeforeRunning;
+    // Asks the user, for entries that want choices before they run (Compress: its target).
+    // None means the user cancelled, and nothing runs. Without an asker, entries run with
+    // their stored settings.
+    PromptAsker askUser;
+
+    // True while the user is being asked.
+    bool isAsking() const { return m_asking; }
+
+    // Called when the user cancels the questions: nothing ran.
+    std::function<void()> onPromptCancelled;
 
 Q_SIGNALS:
     void changed();
@@ -121,6 +129,7 @@ private:
     // The ring and mode a run started from, for the event that announces its end.
     RingKind m_runRing = RingKind::convert;
     bool m_runClickMode = false;
+    bool m_asking = false;
 };
 
 }  // namespace wendrel

@@ -88,6 +88,20 @@ void drawTextBlock(QPainter& painter, const QRectF& box, const QString& text, co
     }
 }
 
+// A segment's title on one line, or on two when it is too wide: broken at the last space
+// that lets the first line fit, the second line shortened if it still doesn't.
+QStringList titleLines(const QString& title, const QFontMetricsF& metrics, double width)
+{
+    if (metrics.horizontalAdvance(title) <= width)
+        return {title};
+    for (qsizetype space = title.lastIndexOf(u' '); space > 0; space = title.lastIndexOf(u' ', space - 1)) {
+        const QString first = title.left(space);
+        if (metrics.horizontalAdvance(first) <= width)
+            return {first, metrics.elidedText(title.mid(space + 1), Qt::ElideRight, width)};
+    }
+    return {metrics.elidedText(title, Qt::ElideRight, width)};
+}
+
 }  // namespace
 
 RingPainter::RingPainter(const RingModel& model, const RingTheme& theme, qreal devicePixelRatio)
@@ -160,19 +174,22 @@ void RingPainter::paintSegments(QPainter& painter) const
 
     const QFont titleFont = fontOf(11, QFont::DemiBold);
     const QFontMetricsF metrics(titleFont);
-    const double titleWidth = std::min(96.0, 2 * labelRadius * std::sin(step / 2) - 8);
+    const double titleWidth = std::min(96.0, 2 * labelRadius * std::sin(step / 2) - 6);
     for (int index = 0; index < count; ++index) {
         const bool isHovered = hovered == index;
         const QColor colour = isHovered ? m_theme.onAccent : m_theme.text;
         const QPointF middle = pointAt(segmentAngle(index, count), labelRadius);
         const QPixmap icon = symbolPixmap(entries[index]->symbol(), colour, iconSize, m_ratio);
-        const double blockTop = middle.y() - (iconSize + 4 + metrics.height()) / 2;
+        const QStringList lines = titleLines(entries[index]->title(), metrics, titleWidth);
+        const double blockTop = middle.y() - (iconSize + 3 + metrics.height() * lines.size()) / 2;
         painter.drawPixmap(QPointF(middle.x() - iconSize / 2.0, blockTop), icon);
         painter.setFont(titleFont);
         painter.setPen(colour);
-        const QString title = metrics.elidedText(entries[index]->title(), Qt::ElideRight, titleWidth);
-        painter.drawText(QRectF(middle.x() - titleWidth / 2, blockTop + iconSize + 4, titleWidth, metrics.height()),
-                         Qt::AlignCenter, title);
+        for (qsizetype line = 0; line < lines.size(); ++line) {
+            painter.drawText(QRectF(middle.x() - titleWidth / 2, blockTop + iconSize + 3 + line * metrics.height(),
+                                    titleWidth, metrics.height()),
+                             Qt::AlignCenter, lines[line]);
+        }
         if (entries[index]->isGroup()) {
             // Groups show a small chevron toward the outside: there is more behind them.
             painter.setPen(QPen(colour, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));

@@ -208,7 +208,10 @@ void RingView::dropEvent(QDropEvent* event)
     // Always a copy: a move would let the source delete the originals.
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    activate(event->position(), files);
+    // Run once the drop is over: an entry may ask questions first, and the drag source is
+    // waiting to hear that the drop finished.
+    const QPointF position = event->position();
+    QMetaObject::invokeMethod(this, [this, position, files] { activate(position, files); }, Qt::QueuedConnection);
 }
 
 void RingView::changeEvent(QEvent* event)

@@ -2,6 +2,7 @@
 
 #include "DesktopIntegration.h"
 #include "app/AllOperations.h"
+#include "app/dialogs/PromptDialog.h"
 #include "operations/Logging.h"
 #include "triggers/RingKeyBindings.h"
 
@@ -17,6 +18,7 @@ Coordinator::Coordinator(QObject* parent) : QObject(parent)
 {
     registerAllOperations(m_catalog);
     m_ring.model().setFeedbackSounds(&m_sounds);
+    m_ring.model().askUser = [this](const PromptRequest& request) { return askUser(request, &m_ring.view()); };
     connect(&m_ring.model(), &RingModel::jobFinished, &m_bus, &JobEventBus::publish);
     connect(&m_channel, &AgentChannel::requestReceived, this, &Coordinator::handle);
     connect(&m_tray, &TrayMenu::chooseFilesRequested, this, &Coordinator::chooseFiles);

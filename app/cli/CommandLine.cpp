@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include "ConsoleOutput.h"
+#include "EntryHelp.h"
 #include "IntegrateCommand.h"
 #include "OpsCommand.h"
 #include "RunCommand.h"
@@ -19,7 +20,7 @@ namespace {
 
 QString translate(const char* text) { return QCoreApplication::translate("CommandLine", text); }
 
-QString usage()
+QString usage(const OperationCatalog& catalog)
 {
     return translate(
         "Usage: wendrel COMMAND [OPTIONS] [FILE...]\n"
@@ -32,7 +33,7 @@ QString usage()
         "  run ENTRY FILE...       run one entry (for example subtitle.vtt) on the files\n"
         "  integrate [--remove]    add Wendrel's actions to the file managers' context menus\n"
         "                          (Nautilus, Caja, Nemo, Dolphin, Thunar), or take them away\n"
-        "  help                    show this text\n"
+        "  help [ENTRY]            show this text, or what one entry does and its settings\n"
         "\n"
         "Options:\n"
         "  --to DIR                put the results in DIR instead of next to the originals\n"
@@ -45,9 +46,16 @@ QString usage()
         "  wendrel ops talk.srt\n"
         "  wendrel run subtitle.vtt talk.srt          writes talk.vtt beside talk.srt\n"
         "  wendrel run subtitle.srt --to ~/Subs *.vtt\n"
+        "  wendrel run image.compress --target-mb 0.5 photo.jpg\n"
+        "\n"
+        "Settings: entries that ask before they run take the answers as options.\n"
+        "%1\n"
+        "With no settings given, a terminal asks for them; otherwise the last confirmed ones\n"
+        "are used. 'wendrel help ENTRY' describes the values each setting takes.\n"
         "\n"
         "Exit status: 0 when every file worked, 1 when the job or some files failed,\n"
-        "2 for a wrong command line, 130 when interrupted.\n");
+        "2 for a wrong command line, 130 when interrupted or cancelled.\n")
+        .arg(promptOptionsSummary(catalog));
 }
 
 int usageError(const QString& message)
@@ -86,6 +94,16 @@ int runCommandLine(const QStringList& arguments)
     const QCommandLineOption removeOption(QStringLiteral("remove"));
     parser.addOptions({toOption, jsonOption, verboseOption, helpOption, versionOption, removeOption});
 
+    // Quiet unless asked otherwise, from the start: registering the entries may log already.
+    QLoggingCategory::setFilterRules(QStringLiteral("wendrel.*.info=false"));
+
+    // Every entry's settings are options; the chosen entry refuses the ones it doesn't have.
+    OperationCatalog catalog;
+    registerAllOperations(catalog);
+    const QStringList settingNames = promptOptionNames(catalog);
+    for (const QString& name : settingNames)
+        parser.addOption(QCommandLineOption(name, {}, QStringLiteral("VALUE")));
+
     if (!parser.parse(arguments))
         return usageError(parser.errorText());
     if (parser.isSet(versionOption)) {
@@ -95,11 +113,28 @@ int runCommandLine(const QStringList& arguments)
     const QStringList positional = parser.positionalArguments();
     const QString command = positional.value(0);
     if (parser.isSet(helpOption) || command == u"help") {
-        printOut(usage());
+        // "help ENTRY" and "run ENTRY --help" describe that entry.
+        const QString entryId = command == u"help" || command == u"run" ? positional.value(1) : QString();
+        if (entryId.isEmpty()) {
+            printOut(usage(catalog));
+            return exitSuccess;
+        }
+        const FileOperationPtr entry = catalog.find(entryId);
+        if (!entry)
+            return usageError(translate("There is no entry '%1'.").arg(entryId));
+        printOut(entryHelp(*entry));
         return exitSuccess;
     }
-    if (!parser.isSet(verboseOption))
-        QLoggingCategory::setFilterRules(QStringLiteral("wendrel.*.info=false"));
+    if (parser.isSet(verboseOption))
+        QLoggingCategory::setFilterRules(QStringLiteral("wendrel.*.info=true"));
+
+    QList<std::pair<QString, QString>> settings;
+    for (const QString& name : settingNames) {
+        if (parser.isSet(name))
+            settings.append({name, parser.values(name).constLast()});
+    }
+    if (!settings.isEmpty() && command != u"run")
+        return usageError(translate("--%1 is a setting for 'wendrel run ENTRY'.").arg(settings.first().first));
 
     if (command == u"integrate") {
         if (positional.size() > 1)
@@ -107,8 +142,6 @@ int runCommandLine(const QStringList& arguments)
         return runIntegrateCommand(parser.isSet(removeOption), parser.isSet(jsonOption));
     }
 
-    OperationCatalog catalog;
-    registerAllOperations(catalog);
     const bool json = parser.isSet(jsonOption);
 
     if (command == u"ops") {
@@ -129,6 +162,7 @@ int runCommandLine(const QStringList& arguments)
         options.entryId = positional[1];
         options.files = *files;
         options.json = json;
+        options.settings = settings;
         if (parser.isSet(toOption))
             options.destinationFolder = QDir::cleanPath(QFileInfo(parser.value(toOption)).absoluteFilePath());
         return runRunCommand(catalog, options);

@@ -23,12 +23,16 @@ int runOpsCommand(const OperationCatalog& catalog, const QStringList& files, boo
         for (const FileOperationPtr& entry : entries)
             idWidth = std::max(idWidth, entry->id().size());
         for (const FileOperationPtr& entry : entries) {
-            jsonEntries.append(QJsonObject{
+            QJsonObject jsonEntry{
                 {QStringLiteral("id"), entry->id()},
                 {QStringLiteral("title"), entry->title()},
                 {QStringLiteral("description"), entry->description()},
                 {QStringLiteral("group"), entry->isGroup()},
-            });
+            };
+            // What it would ask for these files, for scripts that pass the answers as options.
+            if (const std::optional<PromptRequest> prompt = entry->prompt(files))
+                jsonEntry.insert(QStringLiteral("prompt"), toJson(*prompt));
+            jsonEntries.append(jsonEntry);
             lines.append(QStringLiteral("  %1  %2").arg(entry->id(), -idWidth).arg(entry->title()));
         }
         if (entries.isEmpty())

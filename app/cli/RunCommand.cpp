@@ -4,13 +4,19 @@
 #include "ConsoleOutput.h"
 #include "InterruptWatch.h"
 #include "TerminalProgress.h"
+#include "TerminalPrompt.h"
 #include "operations/JobRunner.h"
 #include "operations/OperationCatalog.h"
+#include "operations/prompt/AskBeforeRunning.h"
+#include "operations/prompt/PromptValues.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
 #include <QJsonArray>
+
+#include <unistd.h>
+#include <variant>
 
 namespace wendrel {
 
@@ -47,6 +53,48 @@ QJsonObject jsonReport(const QString& entryId, const JobReport& report, bool can
     };
 }
 
+// Folders named on the command line are relative to the current folder; answers hold them whole.
+QList<std::pair<QString, QString>> withAbsoluteFolders(const PromptRequest& request,
+                                                       QList<std::pair<QString, QString>> settings)
+{
+    for (auto& [option, text] : settings) {
+        const PromptField* field = request.fieldForOption(option);
+        if (field && field->kind == PromptField::Kind::folder && !text.isEmpty())
+            text = QDir::cleanPath(QDir::current().absoluteFilePath(text));
+    }
+    return settings;
+}
+
+// The answers the job runs with, or the exit status that ends the command instead.
+std::variant<QJsonObject, ExitStatus> answersForRun(const FileOperation& entry, const RunOptions& options)
+{
+    if (options.settings.isEmpty()) {
+        if (::isatty(STDIN_FILENO) != 1)
+            return QJsonObject();  // the operation uses its stored settings
+        TerminalPrompt terminal;
+        const std::optional<QJsonObject> answers = askBeforeRunning(
+            entry, options.files, [&](const PromptRequest& request) { return terminal.ask(request); });
+        if (!answers) {
+            printError(translate("Cancelled; nothing was run."));
+            return exitCancelled;
+        }
+        return *answers;
+    }
+
+    const std::optional<PromptRequest> request = entry.prompt(options.files);
+    if (!request) {
+        printError(translate("%1 has no settings: --%2 doesn't apply to it.").arg(entry.id(), options.settings.first().first));
+        return exitUsage;
+    }
+    const CheckedAnswers checked = answersFromOptions(*request, withAbsoluteFolders(*request, options.settings));
+    if (!checked.isValid()) {
+        printError(QStringLiteral("%1: %2").arg(entry.id(), checked.problem));
+        printError(translate("'wendrel help %1' lists its settings.").arg(entry.id()));
+        return exitUsage;
+    }
+    return checked.answers;
+}
+
 void printPlain(const JobReport& report)
 {
     for (const QString& result : report.results)
@@ -73,6 +121,9 @@ int runRunCommand(const OperationCatalog& catalog, const RunOptions& options)
         printError(*refusal);
         return exitJobFailed;
     }
+    const std::variant<QJsonObject, ExitStatus> answers = answersForRun(*entry, options);
+    if (const ExitStatus* status = std::get_if<ExitStatus>(&answers))
+        return *status;
     if (options.destinationFolder && !QDir().mkpath(*options.destinationFolder)) {
         printError(translate("Can't create the folder %1").arg(*options.destinationFolder));
         return exitUsage;
@@ -99,7 +150,7 @@ int runRunCommand(const OperationCatalog& catalog, const RunOptions& options)
         runner.cancel();
     });
 
-    if (!runner.run(entry, options.files, options.destinationFolder))
+    if (!runner.run({entry, options.files, options.destinationFolder, std::get<QJsonObject>(answers)}))
         return exitJobFailed;
     loop.exec();
     progress.clear();

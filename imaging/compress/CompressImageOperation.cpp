@@ -1,6 +1,7 @@
 #include "CompressImageOperation.h"
 
 #include "CompressionSearch.h"
+#include "CompressionSettingsView.h"
 #include "imaging/ImageEntries.h"
 #include "imaging/ImageFormat.h"
 #include "imaging/ImageLoader.h"
@@ -10,6 +11,7 @@
 #include "operations/Logging.h"
 #include "operations/OperationCatalog.h"
 #include "operations/OperationError.h"
+#include "operations/prompt/SettingsPrompt.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -62,7 +64,8 @@ QByteArray compress(VImage image, const CompressionSettings& settings, qint64 in
 
 OperationOutcome compressImages(const QStringList& paths, const OperationContext& context)
 {
-    const CompressionSettings settings = CompressionSettings::load();
+    // What the user confirmed for this job; the stored settings when nobody was asked.
+    const CompressionSettings settings = settingsForJob<CompressionSettings>(context);
     const bool heic = settings.format == CompressionSettings::Format::heic;
     const ImageFormat format = heic ? ImageFormat::heic : ImageFormat::jpeg;
     if (!canWrite(format))
@@ -91,12 +94,14 @@ OperationOutcome compressImages(const QStringList& paths, const OperationContext
 
 void registerCompressImageOperation(OperationCatalog& catalog)
 {
-    catalog.add(Op::make(imageEntry(
+    Op::Definition entry = imageEntry(
         QStringLiteral("image.compress"), imagingText("Compress"), QStringLiteral("arrow.down.right.and.arrow.up.left"),
         RingKind::tools,
         imagingText("Asks for a target: a file size, a percentage or a quality, plus an optional size limit "
                     "and JPEG or HEIC."),
-        compressImages)));
+        compressImages);
+    entry.prompt = settingsPrompt<CompressionSettings>(compressionSettingsView);
+    catalog.add(Op::make(std::move(entry)));
 }
 
 }  // namespace wendrel

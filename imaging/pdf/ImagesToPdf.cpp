@@ -196,7 +196,9 @@ void writePicturesPdf(const QList<PdfPicture>& pictures, const QString& path)
         QPDFPageDocumentHelper pages(pdf);
         for (const PdfPicture& picture : pictures)
             pages.addPage(pageFor(pdf, picture), false);
-        QPDFWriter writer(pdf, QFile::encodeName(path).constData());
+        // The writer keeps the file name's pointer until write(): the bytes must outlive it.
+        const QByteArray fileName = QFile::encodeName(path);
+        QPDFWriter writer(pdf, fileName.constData());
         // The pictures are compressed already; keep them exactly as they are.
         writer.setDecodeLevel(qpdf_dl_none);
         writer.setCompressStreams(true);

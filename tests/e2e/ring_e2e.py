@@ -128,6 +128,24 @@ def main():
             check(wait_for(lambda: not desktop.visible_window(RING), timeout=5), "and hides after its 4 s")
             check(not os.path.exists(os.path.join(desktop.home, "Broken.jpg")), "nothing lands for a failed file")
 
+        # An entry that asks first: Compress (segment 0 of the tools ring) shows its sheet over the
+        # ring; confirming runs it with those answers.
+        window = open_ring(desktop, wendrel, "tools", photo)
+        if check(window, "the tools ring opens for the PNG"):
+            desktop.xdotool("mousemove", *segment_point(desktop, window, 0, 10))
+            time.sleep(0.2)
+            desktop.xdotool("click", "1")
+            sheet = wait_for(lambda: desktop.visible_window("Compress"), timeout=5)
+            if check(sheet, "Compress asks for its target first"):
+                time.sleep(0.3)
+                if shots:
+                    desktop.screenshot(os.path.join(shots, "ring-compress-sheet.png"))
+                check(desktop.visible_window(RING), "the ring stays while the sheet asks")
+                desktop.xdotool("key", "Return")
+                compressed = os.path.join(desktop.home, "Holiday Compressed.jpg")
+                check(wait_for(lambda: os.path.exists(compressed), timeout=20), "confirming writes Holiday Compressed.jpg")
+            check(wait_for(lambda: not desktop.visible_window(RING), timeout=8), "and the ring goes after the result")
+
         # Nothing fits: the tools ring for a plain text file; Escape closes it.
         notes = os.path.join(desktop.home, "notes.txt")
         with open(notes, "w") as file:
@@ -169,10 +187,12 @@ def main():
                     desktop.xdotool("key", key)
                     time.sleep(0.15)
 
-            trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Holiday.jpg")
+            # The last job made Holiday Compressed.jpg; the JPG of the job before stays.
+            last = os.path.join(desktop.home, "Holiday Compressed.jpg")
+            trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Holiday Compressed.jpg")
             choose("Down", "Down", "Return")  # Choose Files…, Undo Last Result
-            check(wait_for(lambda: os.path.exists(trashed), timeout=5), "Undo Last Result moves Holiday.jpg to the Trash")
-            check(not os.path.exists(result), "and it is gone from beside the original")
+            check(wait_for(lambda: os.path.exists(trashed), timeout=5), "Undo Last Result moves the last result to the Trash")
+            check(not os.path.exists(last) and os.path.exists(result), "only the last job's result is gone")
 
             desktop.xdotool("mousemove", x + width // 2, y + height // 2)
             desktop.xdotool("click", "1")

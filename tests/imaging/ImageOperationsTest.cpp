@@ -319,6 +319,30 @@ TEST_F(ImageOperationsTest, CompressMeetsTheTargetWithoutMetadata)
     EXPECT_GT(pixel(limited, 2, 2)[0], 245);  // transparency became white
 }
 
+TEST_F(ImageOperationsTest, CompressRunsWithTheConfirmedAnswersNotTheStoredSettings)
+{
+    CompressionSettings stored;
+    stored.maxDimension = 1280;
+    stored.save();
+    CompressionSettings confirmed;
+    confirmed.mode = CompressionSettings::Mode::quality;
+    confirmed.qualityPercent = 90;
+    confirmed.maxDimension = 800;
+    if (canWrite(ImageFormat::heic))
+        confirmed.format = CompressionSettings::Format::heic;
+
+    const QString photo = picture(QStringLiteral("Holiday.png"), photoLike(1600, 1200));
+    const JobReport report = runJob(runner, {catalog.find(QStringLiteral("image.compress")), {photo}, std::nullopt,
+                                             confirmed.toJson()});
+    ASSERT_TRUE(report.succeeded) << report.message.toStdString();
+    const QString compressed = report.results.value(0);
+    const bool heic = confirmed.format == CompressionSettings::Format::heic;
+    EXPECT_EQ(QFileInfo(compressed).fileName(), heic ? u"Holiday Compressed.heic" : u"Holiday Compressed.jpg");
+    EXPECT_EQ(loaderOf(compressed), heic ? u"heifload" : u"jpegload");
+    EXPECT_EQ(decoded(compressed).width(), 800);
+    EXPECT_EQ(CompressionSettings::load(), stored);
+}
+
 TEST_F(ImageOperationsTest, AutoEnhanceLiftsDullAndCastPicturesAndSparesGoodOnes)
 {
     // A well-exposed picture: every channel spans nearly the whole range, midtones in the middle.

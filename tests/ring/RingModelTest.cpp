@@ -221,13 +221,41 @@ TEST_F(RingModelTest, FeedbackSwitchSilencesTheSounds)
     EXPECT_EQ(finishedCalls, 1);
 }
 
-TEST_F(RingModelTest, DeclinedConfirmationRunsNothing)
+TEST_F(RingModelTest, EntriesThatAskRunWithTheAnswersOrNotAtAll)
 {
-    addEntries(1);
-    model.confirmBeforeRunning = [](const FileOperation&, const QStringList&) { return false; };
-    model.load(RingKind::tools, {text}, false, false);
+    QJsonObject seenAnswers;
+    catalog.add(Op::make({.id = QStringLiteral("t.asks"), .title = QStringLiteral("Asks"), .symbol = {},
+                          .ring = RingKind::tools, .combinesInputs = false, .inputs = {ContentType::item()},
+                          .excludes = {}, .excludesExactly = {}, .description = {},
+                          .body = [&](const QStringList& paths, const OperationContext& context) {
+                              seenAnswers = context.answers();
+                              return copyNamed(paths, context);
+                          },
+                          .prompt = {.request = [](const QStringList&) {
+                                         PromptRequest request;
+                                         request.title = QStringLiteral("Asks");
+                                         PromptField word;
+                                         word.key = QStringLiteral("word");
+                                         word.label = QStringLiteral("Word");
+                                         word.option = QStringLiteral("word");
+                                         word.value = QStringLiteral("x");
+                                         request.fields.append(word);
+                                         return request;
+                                     },
+                                     .remember = {}}}));
+    model.load(RingKind::tools, {text}, true, false);
+
+    model.askUser = [](const PromptRequest&) { return std::optional<QJsonObject>(); };
     model.run(0);
     EXPECT_FALSE(runner.status().isRunning());
     EXPECT_EQ(finishedCalls, 0);
     EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("copy.txt"))));
+
+    model.askUser = [](const PromptRequest&) {
+        return std::optional<QJsonObject>(QJsonObject{{QStringLiteral("word"), QStringLiteral("yes")}});
+    };
+    model.run(0);
+    waitForJob();
+    EXPECT_EQ(seenAnswers.value(QStringLiteral("word")).toString(), u"yes");
+    EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("copy.txt"))));
 }

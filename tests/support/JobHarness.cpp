@@ -12,6 +12,11 @@ namespace wendrel::test {
 JobReport runJob(JobRunner& runner, FileOperationPtr operation, const QStringList& paths,
                  const std::optional<QString>& destinationFolder)
 {
+    return runJob(runner, {std::move(operation), paths, destinationFolder});
+}
+
+JobReport runJob(JobRunner& runner, JobRequest request)
+{
     JobReport report;
     bool ended = false;
     QEventLoop loop;
@@ -22,7 +27,7 @@ JobReport runJob(JobRunner& runner, FileOperationPtr operation, const QStringLis
             loop.quit();
         });
     QTimer::singleShot(120'000, &loop, &QEventLoop::quit);  // a hung job fails, not blocks
-    if (!runner.run(std::move(operation), paths, destinationFolder)) {
+    if (!runner.run(std::move(request))) {
         ADD_FAILURE() << "the runner refused the job";
         return report;
     }

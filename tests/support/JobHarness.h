@@ -7,6 +7,7 @@ namespace wendrel::test {
 
 // Runs a job through a JobRunner and waits for its end on a local event loop.
 // Fails the calling test (and returns a failed report) if the job does not end in time.
+JobReport runJob(JobRunner& runner, JobRequest request);
 JobReport runJob(JobRunner& runner, FileOperationPtr operation, const QStringList& paths,
                  const std::optional<QString>& destinationFolder = std::nullopt);
 

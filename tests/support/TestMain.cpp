@@ -1,16 +1,25 @@
 #include "TestEnvironment.h"
 
-#include <QCoreApplication>
 #include <QDir>
 
 #include <gtest/gtest.h>
+
+// Suites whose tests open windows need a QApplication (on the display run-with-xvfb.sh gives
+// them); the others make do with the core.
+#ifdef WENDREL_WIDGET_TESTS
+#include <QApplication>
+using TestApplication = QApplication;
+#else
+#include <QCoreApplication>
+using TestApplication = QCoreApplication;
+#endif
 
 // Test executables share this main: a private environment first, then the Qt application
 // that the job runner's event delivery needs, then the tests.
 int main(int argc, char** argv)
 {
     wendrel::test::isolateEnvironment();
-    QCoreApplication application(argc, argv);
+    TestApplication application(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     const int status = RUN_ALL_TESTS();
     QDir(wendrel::test::privateRoot()).removeRecursively();
