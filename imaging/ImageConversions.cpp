@@ -2,6 +2,7 @@
 
 #include "IcoFile.h"
 #include "ImageEntries.h"
+#include "ImageMemoryBudget.h"
 #include "ImageFormat.h"
 #include "ImageLoader.h"
 #include "ImageWriter.h"
@@ -33,6 +34,8 @@ OperationOutcome convertImages(const QStringList& paths, const OperationContext&
     QList<ProducedFile> produced;
     for (const QString& path : paths) {
         context.throwIfCancelled();
+        // Very large pictures wait their turn rather than all be held in memory at once.
+        const ImageMemoryBudget::Reservation memory = ImageMemoryBudget::forFile(path);
         const FormatSettings settings = FormatSettings::load();
         const VImage image = loadWithinLimit(path, settings.imageMaxDimension);
         const QString name = outputName(path, std::nullopt, target.extension);
@@ -79,6 +82,8 @@ OperationOutcome makeIcons(const QStringList& paths, const OperationContext& con
     QList<ProducedFile> produced;
     for (const QString& path : paths) {
         context.throwIfCancelled();
+        // Very large pictures wait their turn rather than all be held in memory at once.
+        const ImageMemoryBudget::Reservation memory = ImageMemoryBudget::forFile(path);
         const VImage picture = loadImage(path);
         QByteArray icon;
         try {

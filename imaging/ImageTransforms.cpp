@@ -3,6 +3,7 @@
 #include "AutoEnhance.h"
 #include "BackgroundCard.h"
 #include "ImageEntries.h"
+#include "ImageMemoryBudget.h"
 #include "ImageFormat.h"
 #include "ImageLoader.h"
 #include "ImageWriter.h"
@@ -92,6 +93,8 @@ OperationOutcome transformAndSave(const QStringList& paths, const OperationConte
     QList<ProducedFile> produced;
     for (const QString& path : paths) {
         context.throwIfCancelled();
+        // Very large pictures wait their turn rather than all be held in memory at once.
+        const ImageMemoryBudget::Reservation memory = ImageMemoryBudget::forFile(path);
         if (transform.lossless) {
             if (const std::optional<QByteArray> bytes = transform.lossless(path)) {
                 const QString name = outputName(path, transform.suffix, std::nullopt);

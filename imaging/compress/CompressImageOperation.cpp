@@ -4,6 +4,7 @@
 #include "CompressionSettingsView.h"
 #include "imaging/ImageEntries.h"
 #include "imaging/ImageFormat.h"
+#include "imaging/ImageMemoryBudget.h"
 #include "imaging/ImageLoader.h"
 #include "imaging/ImageWriter.h"
 #include "imaging/PixelFunctions.h"
@@ -75,6 +76,7 @@ OperationOutcome compressImages(const QStringList& paths, const OperationContext
     for (qsizetype index = 0; index < paths.size(); ++index) {
         context.throwIfCancelled();
         const QString& path = paths[index];
+        const ImageMemoryBudget::Reservation memory = ImageMemoryBudget::forFile(path);
         const qint64 inputBytes = QFileInfo(path).size();
         const QByteArray bytes = compress(loadImage(path), settings, inputBytes, format);
         qCInfo(lcJobs, "compressed %ld → %ld bytes", static_cast<long>(inputBytes), static_cast<long>(bytes.size()));
