@@ -3,6 +3,7 @@
 #include "DesktopIntegration.h"
 #include "app/AllOperations.h"
 #include "app/dialogs/PromptDialog.h"
+#include "app/shell/FileManagerIntegration.h"
 #include "operations/Logging.h"
 #include "triggers/RingKeyBindings.h"
 
@@ -10,6 +11,7 @@
 #include <QCursor>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScreen>
 
 namespace wendrel {
@@ -98,6 +100,7 @@ void Coordinator::openFromFileManagerSelection(RingKind kind, bool fileManagerMu
         if (const auto* error = std::get_if<QString>(&result)) {
             qCWarning(lcRing, "Finder selection failed: %s", qUtf8Printable(*error));
             QApplication::beep();
+            explainSelectionFailure();
             return;
         }
         const QStringList& files = std::get<QStringList>(result);
@@ -107,6 +110,26 @@ void Coordinator::openFromFileManagerSelection(RingKind kind, bool fileManagerMu
         }
         openRing(kind, files, true);
     });
+}
+
+// Some file managers (those running natively on Wayland, or ones that ignore a synthetic Ctrl+C)
+// never hand their selection over. Once per session, say so and offer the way that always
+// works: their context menus.
+void Coordinator::explainSelectionFailure()
+{
+    if (m_selectionFailureExplained)
+        return;
+    m_selectionFailureExplained = true;
+    QMessageBox notice(QMessageBox::Information, QStringLiteral("Wendrel"),
+                       tr("Wendrel couldn't read the file manager's selection"));
+    notice.setInformativeText(tr("Your file manager didn't hand its selected files over. Its context menu can open "
+                                 "the rings instead: “Convert with Wendrel”, “Wendrel Tools” and “Wendrel Actions”."));
+    QPushButton* add = notice.addButton(tr("Add to File Managers"), QMessageBox::AcceptRole);
+    notice.addButton(QMessageBox::Close);
+    notice.setDefaultButton(add);
+    notice.exec();
+    if (notice.clickedButton() == add)
+        installFileManagerActions(IntegrationHomes::current(), QCoreApplication::applicationFilePath());
 }
 
 void Coordinator::handle(const AgentRequest& request)

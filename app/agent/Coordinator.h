@@ -50,6 +50,7 @@ public:
 private:
     void handle(const AgentRequest& request);
     void startTriggers();
+    void explainSelectionFailure();
 
     OperationCatalog m_catalog;
     UndoStore m_undo;
@@ -64,6 +65,7 @@ private:
     std::unique_ptr<TriggerBackend> m_triggers;
     std::unique_ptr<DragMonitor> m_dragMonitor;
     std::unique_ptr<HotKeyCenter> m_hotKeys;
+    bool m_selectionFailureExplained = false;
 };
 
 }  // namespace wendrel
