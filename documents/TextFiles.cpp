@@ -1,11 +1,11 @@
 #include "TextFiles.h"
 
+#include "operations/AtomicFile.h"
 #include "operations/FileNames.h"
 #include "operations/OperationError.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QSaveFile>
 #include <QStringDecoder>
 
 namespace wendrel {
@@ -42,12 +42,9 @@ QString readUtf8TextFile(const QString& path, qint64 maximumBytes)
 
 void writeUtf8TextFile(const QString& path, const QString& text)
 {
-    QSaveFile file(path);
-    const QByteArray bytes = text.toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        throw OperationError(translate("Couldn't write “%1”: %2")
-                                 .arg(lastPathComponent(path), file.errorString()));
-    }
+    const QString error = writeFileAtomically(path, text.toUtf8());
+    if (!error.isEmpty())
+        throw OperationError(translate("Couldn't write “%1”: %2").arg(lastPathComponent(path), error));
 }
 
 }  // namespace wendrel

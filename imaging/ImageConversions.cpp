@@ -8,12 +8,12 @@
 #include "ImageWriter.h"
 #include "PixelFunctions.h"
 #include "pdf/ImagesToPdf.h"
+#include "operations/AtomicFile.h"
 #include "operations/FileNames.h"
 #include "operations/OperationCatalog.h"
 #include "operations/OperationError.h"
 #include "operations/settings/FormatSettings.h"
 
-#include <QSaveFile>
 
 namespace wendrel {
 
@@ -51,8 +51,7 @@ OperationOutcome convertImages(const QStringList& paths, const OperationContext&
 
 void writeBytes(const QString& path, const QByteArray& bytes, const char* failure)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    if (!writeFileAtomically(path, bytes).isEmpty())
         throw OperationError(imagingText(failure));
 }
 

@@ -9,13 +9,13 @@
 #include "ImageWriter.h"
 #include "LosslessMetadataRemoval.h"
 #include "PixelFunctions.h"
+#include "operations/AtomicFile.h"
 #include "operations/FileNames.h"
 #include "operations/OperationCatalog.h"
 #include "operations/OperationError.h"
 #include "operations/settings/FormatSettings.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <functional>
@@ -99,8 +99,7 @@ OperationOutcome transformAndSave(const QStringList& paths, const OperationConte
             if (const std::optional<QByteArray> bytes = transform.lossless(path)) {
                 const QString name = outputName(path, transform.suffix, std::nullopt);
                 const QString destination = context.outputUrl(name);
-                QSaveFile file(destination);
-                if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size() || !file.commit())
+                if (!writeFileAtomically(destination, *bytes).isEmpty())
                     throw OperationError(imagingText("Couldn't save the image"));
                 produced.append({destination, name, path});
                 continue;

@@ -1,12 +1,12 @@
 #include "ImageWriter.h"
 
 #include "BmpEncoder.h"
+#include "operations/AtomicFile.h"
 #include "operations/Logging.h"
 #include "operations/OperationError.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QSaveFile>
 
 #include <vips/vips8>
 
@@ -180,8 +180,7 @@ void writeImage(const VImage& image, ImageFormat format, std::optional<double> q
 {
     if (format == ImageFormat::bmp) {
         const QByteArray bmp = encodeImage(image, format, quality, metadata);
-        QSaveFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bmp) != bmp.size() || !file.commit())
+        if (!writeFileAtomically(path, bmp).isEmpty())
             throw saveError();
         return;
     }

@@ -8,6 +8,7 @@
 #include "imaging/ImageLoader.h"
 #include "imaging/ImageWriter.h"
 #include "imaging/PixelFunctions.h"
+#include "operations/AtomicFile.h"
 #include "operations/FileNames.h"
 #include "operations/Logging.h"
 #include "operations/OperationCatalog.h"
@@ -15,7 +16,6 @@
 #include "operations/prompt/SettingsPrompt.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace wendrel {
 
@@ -83,8 +83,7 @@ OperationOutcome compressImages(const QStringList& paths, const OperationContext
 
         const QString name = outputName(path, imagingText("Compressed"), heic ? QStringLiteral("heic") : QStringLiteral("jpg"));
         const QString destination = context.outputUrl(name);
-        QSaveFile file(destination);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        if (!writeFileAtomically(destination, bytes).isEmpty())
             throw couldNotSave();
         produced.append({destination, name, path});
         context.progress(double(index + 1) / double(paths.size()));
