@@ -41,7 +41,7 @@ OperationOutcome convertImages(const QStringList& paths, const OperationContext&
         const QString name = outputName(path, std::nullopt, target.extension);
         const QString destination = context.outputUrl(name);
         // The user's quality setting decides for every lossy format alike.
-        const std::optional<double> quality = target.lossy ? std::optional(lossyQuality()) : std::nullopt;
+        const std::optional<double> quality = target.lossy ? std::optional(lossyQuality(settings)) : std::nullopt;
         writeImage(image, target.format, quality,
                    settings.keepMetadata ? MetadataPolicy::keep : MetadataPolicy::drop, destination);
         produced.append({destination, name, path});

@@ -84,9 +84,9 @@ bool canWrite(ImageFormat format)
     return writable[static_cast<size_t>(format)];
 }
 
-double lossyQuality()
+double lossyQuality(const FormatSettings& settings)
 {
-    switch (FormatSettings::load().imageQuality) {
+    switch (settings.imageQuality) {
     case FormatSettings::ImageQuality::smaller: return 0.72;
     case FormatSettings::ImageQuality::balanced: return 0.86;
     case FormatSettings::ImageQuality::higher: return 0.95;

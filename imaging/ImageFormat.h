@@ -1,6 +1,7 @@
 #pragma once
 
 #include "operations/ContentType.h"
+#include "operations/settings/FormatSettings.h"
 
 #include <QList>
 #include <QString>
@@ -34,7 +35,7 @@ std::optional<ImageFormat> imageFormatFor(const ContentType& type);
 // picture, so a missing codec plugin hides the entry instead of failing every file.
 bool canWrite(ImageFormat format);
 
-// The quality the user's "imageQuality" setting stands for: 0.72, 0.86 or 0.95.
-double lossyQuality();
+// The quality an "imageQuality" setting stands for: 0.72, 0.86 or 0.95.
+double lossyQuality(const FormatSettings& settings);
 
 }  // namespace wendrel

@@ -113,10 +113,12 @@ OperationOutcome transformAndSave(const QStringList& paths, const OperationConte
         const OutputChoice output = outputFor(path, image);
         const QString name = outputName(path, transform.suffix, output.extension);
         const QString destination = context.outputUrl(name);
+        // The settings file is read once per picture, not once per question.
+        const FormatSettings settings = FormatSettings::load();
         const std::optional<double> quality =
-            imageTarget(output.format).lossy ? std::optional(std::max(lossyQuality(), transformQuality))
+            imageTarget(output.format).lossy ? std::optional(std::max(lossyQuality(settings), transformQuality))
                                              : std::nullopt;
-        const bool keep = transform.mayKeepMetadata && FormatSettings::load().keepMetadata;
+        const bool keep = transform.mayKeepMetadata && settings.keepMetadata;
         writeImage(image, output.format, quality, keep ? MetadataPolicy::keep : MetadataPolicy::drop, destination);
         produced.append({destination, name, path});
     }

@@ -1,12 +1,12 @@
 #include "DesktopIntegration.h"
 
+#include "operations/AtomicFile.h"
 #include "operations/Logging.h"
 #include "operations/settings/SettingsStore.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 namespace wendrel::DesktopIntegration {
@@ -45,12 +45,10 @@ bool writeIfChanged(const QString& path, const QByteArray& content)
     if (existing.open(QIODevice::ReadOnly) && existing.readAll() == content)
         return true;
     QDir().mkpath(QFileInfo(path).absolutePath());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit()) {
-        qCWarning(lcRing, "can't write %s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
-        return false;
-    }
-    return true;
+    const QString error = writeFileAtomically(path, content);
+    if (!error.isEmpty())
+        qCWarning(lcRing, "can't write %s: %s", qUtf8Printable(path), qUtf8Printable(error));
+    return error.isEmpty();
 }
 
 QString dataHome() { return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation); }
