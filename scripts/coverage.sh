@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Builds the suite with gcov instrumentation in build-coverage/, runs it, and prints line
+# coverage of the product code (tests and generated code left out), plus how large the tests
+# are next to the code they test.
+# Usage: scripts/coverage.sh [CTEST ARGUMENT...]   (for example -R operations_ to run a part)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/bootstrap.sh
+build_dir=build-coverage
+cmake -S . -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+    -DCMAKE_CXX_FLAGS="--coverage -O0" -DCMAKE_EXE_LINKER_FLAGS=--coverage \
+    -DCMAKE_SHARED_LINKER_FLAGS=--coverage >/dev/null
+cmake --build "$build_dir" --parallel "$(nproc)"
+
+find "$build_dir" -name '*.gcda' -delete
+ctest --test-dir "$build_dir" --parallel "$(nproc)" "$@" >"$build_dir/ctest.log" || {
+    grep -E 'Failed|Timeout|tests passed' "$build_dir/ctest.log" >&2
+}
+
+lcov --quiet --capture --directory "$build_dir" --output-file "$build_dir/all.info" \
+    --ignore-errors mismatch,gcov 2>/dev/null
+lcov --quiet --extract "$build_dir/all.info" "$PWD/app/*" "$PWD/imaging/*" "$PWD/documents/*" \
+    "$PWD/operations/*" "$PWD/platform/*" "$PWD/ring/*" "$PWD/triggers/*" "$PWD/media/*" \
+    --output-file "$build_dir/product.info"
+echo "Line coverage of the product code, by folder:"
+lcov --list "$build_dir/product.info" 2>/dev/null | tail -n 3
+for folder in app imaging documents operations platform ring triggers media; do
+    [[ -d $folder ]] || continue
+    lcov --quiet --extract "$build_dir/product.info" "$PWD/$folder/*" --output-file "$build_dir/$folder.info" 2>/dev/null || continue
+    printf '  %-12s %s\n' "$folder" "$(lcov --summary "$build_dir/$folder.info" 2>&1 | grep -m1 'lines' | sed 's/^ *lines\.*: //')"
+done
+scripts/test-proportion.sh
