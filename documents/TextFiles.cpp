@@ -42,9 +42,7 @@ QString readUtf8TextFile(const QString& path, qint64 maximumBytes)
 
 void writeUtf8TextFile(const QString& path, const QString& text)
 {
-    const QString error = writeFileAtomically(path, text.toUtf8());
-    if (!error.isEmpty())
-        throw OperationError(translate("Couldn't write “%1”: %2").arg(lastPathComponent(path), error));
+    writeFileAtomically(path, text.toUtf8(), translate("Couldn't write “%1”").arg(lastPathComponent(path)));
 }
 
 }  // namespace wendrel

@@ -2,18 +2,16 @@
 
 #include "IcoFile.h"
 #include "ImageEntries.h"
-#include "ImageMemoryBudget.h"
 #include "ImageFormat.h"
-#include "ImageLoader.h"
 #include "ImageWriter.h"
 #include "PixelFunctions.h"
 #include "pdf/ImagesToPdf.h"
 #include "operations/AtomicFile.h"
 #include "operations/FileNames.h"
+#include "operations/Logging.h"
 #include "operations/OperationCatalog.h"
 #include "operations/OperationError.h"
 #include "operations/settings/FormatSettings.h"
-
 
 namespace wendrel {
 
@@ -21,38 +19,35 @@ namespace {
 
 using vips::VImage;
 
-// Loads a picture within the user's size limit, shrinking while decoding where possible.
-VImage loadWithinLimit(const QString& path, int maxDimension)
+// Each target's entry, so the ring order knows every one by name.
+EntryId conversionId(ImageFormat format)
 {
-    if (maxDimension < 1)
-        return loadImage(path);
-    return loadImageScaled(path, fittedSize(uprightImageSize(path), maxDimension));
-}
-
-OperationOutcome convertImages(const QStringList& paths, const OperationContext& context, const ImageTarget& target)
-{
-    QList<ProducedFile> produced;
-    for (const QString& path : paths) {
-        context.throwIfCancelled();
-        // Very large pictures wait their turn rather than all be held in memory at once.
-        const ImageMemoryBudget::Reservation memory = ImageMemoryBudget::forFile(path);
-        const FormatSettings settings = FormatSettings::load();
-        const VImage image = loadWithinLimit(path, settings.imageMaxDimension);
-        const QString name = outputName(path, std::nullopt, target.extension);
-        const QString destination = context.outputUrl(name);
-        // The user's quality setting decides for every lossy format alike.
-        const std::optional<double> quality = target.lossy ? std::optional(lossyQuality(settings)) : std::nullopt;
-        writeImage(image, target.format, quality,
-                   settings.keepMetadata ? MetadataPolicy::keep : MetadataPolicy::drop, destination);
-        produced.append({destination, name, path});
+    switch (format) {
+    case ImageFormat::jpeg: return "image.jpg";
+    case ImageFormat::png: return "image.png";
+    case ImageFormat::heic: return "image.heic";
+    case ImageFormat::webp: return "image.webp";
+    case ImageFormat::avif: return "image.avif";
+    case ImageFormat::tiff: return "image.tiff";
+    case ImageFormat::bmp: return "image.bmp";
+    case ImageFormat::gif: return "image.gif";
+    case ImageFormat::jxl: return "image.jxl";
     }
-    return OperationOutcome::files(produced);
+    Q_UNREACHABLE();
 }
 
-void writeBytes(const QString& path, const QByteArray& bytes, const char* failure)
+ProducedFile convertImage(const QString& path, const OperationContext& context, const ImageTarget& target)
 {
-    if (!writeFileAtomically(path, bytes).isEmpty())
-        throw OperationError(imagingText(failure));
+    const PictureFile picture(path, context);
+    // The settings file is read once per picture, not once per question.
+    const FormatSettings settings = FormatSettings::load();
+    const VImage image = picture.source.decodeWithin(settings.imageMaxDimension);
+    // The user's quality setting decides for every lossy format alike.
+    const std::optional<double> quality = target.lossy ? std::optional(lossyQuality(settings)) : std::nullopt;
+    return context.produce(path, outputName(path, std::nullopt, target.extension), [&](const QString& destination) {
+        writeImage(image, target.format, quality, settings.keepMetadata ? MetadataPolicy::keep : MetadataPolicy::drop,
+                   destination);
+    });
 }
 
 // Every size from 16 to 256 pixels. A picture that is not square keeps its proportions,
@@ -76,26 +71,20 @@ QByteArray iconFor(const VImage& picture)
     return buildIcoFile(images);
 }
 
-OperationOutcome makeIcons(const QStringList& paths, const OperationContext& context)
+ProducedFile makeIcon(const QString& path, const OperationContext& context)
 {
-    QList<ProducedFile> produced;
-    for (const QString& path : paths) {
-        context.throwIfCancelled();
-        // Very large pictures wait their turn rather than all be held in memory at once.
-        const ImageMemoryBudget::Reservation memory = ImageMemoryBudget::forFile(path);
-        const VImage picture = loadImage(path);
-        QByteArray icon;
-        try {
-            icon = iconFor(picture);
-        } catch (const std::exception&) {
-            throw OperationError(imagingText("Couldn't create the icon"));
-        }
-        const QString name = outputName(path, std::nullopt, QStringLiteral("ico"));
-        const QString destination = context.outputUrl(name);
-        writeBytes(destination, icon, "Couldn't create the icon");
-        produced.append({destination, name, path});
+    const PictureFile picture(path, context);
+    const VImage image = picture.source.decode();
+    const QString failure = imagingText("Couldn't create the icon");
+    QByteArray icon;
+    try {
+        icon = iconFor(image);
+    } catch (const std::exception& error) {
+        qCDebug(lcJobs) << "icon failed:" << path << error.what();
+        throw OperationError(failure);
     }
-    return OperationOutcome::files(produced);
+    return context.produce(path, outputName(path, std::nullopt, QStringLiteral("ico")),
+                           [&](const QString& destination) { writeFileAtomically(destination, icon, failure); });
 }
 
 OperationOutcome makePdf(const QStringList& paths, const OperationContext& context)
@@ -103,13 +92,13 @@ OperationOutcome makePdf(const QStringList& paths, const OperationContext& conte
     QList<PdfPicture> pictures;
     for (qsizetype index = 0; index < paths.size(); ++index) {
         context.throwIfCancelled();
-        pictures.append(pdfPictureFromFile(paths[index]));
+        pictures.append(pdfPictureFromFile(paths[index], context));
         context.progress(double(index + 1) / double(paths.size() + 1));
     }
     const QString name = outputName(paths.value(0), std::nullopt, QStringLiteral("pdf"));
-    const QString destination = context.outputUrl(name);
-    writePicturesPdf(pictures, destination);
-    return OperationOutcome::files({{destination, name, paths.value(0)}});
+    return OperationOutcome::files({context.produce(paths.value(0), name, [&](const QString& destination) {
+        writePicturesPdf(pictures, destination);
+    })});
 }
 
 }  // namespace
@@ -123,23 +112,25 @@ void registerImageConversions(OperationCatalog& catalog)
                                         ? imagingText("JPEG XL: the size of WebP and AVIF at JPEG's speed.")
                                         : imagingText("Converts to %1.").arg(target.name);
         catalog.add(Op::make(imageEntry(
-            QStringLiteral("image.") + target.extension, target.name, QStringLiteral("photo"), RingKind::convert,
-            description,
-            [target](const QStringList& paths, const OperationContext& context) {
-                return convertImages(paths, context, target);
+            {.id = conversionId(target.format), .title = target.name, .symbol = QStringLiteral("photo"),
+             .ring = RingKind::convert, .description = description},
+            [target](const QString& path, const OperationContext& context) {
+                return convertImage(path, context, target);
             },
             contentType(target.format))));
     }
 
-    catalog.add(Op::make(imageEntry(QStringLiteral("image.ico"), QStringLiteral("ICO"), QStringLiteral("app.dashed"),
-                                    RingKind::convert,
-                                    imagingText("Windows icon with every size from 16 to 256 px."), makeIcons)));
+    catalog.add(Op::make(imageEntry({.id = "image.ico", .title = QStringLiteral("ICO"),
+                                     .symbol = QStringLiteral("app.dashed"), .ring = RingKind::convert,
+                                     .description = imagingText("Windows icon with every size from 16 to 256 px.")},
+                                    makeIcon)));
 
-    Op::Definition pdf = imageEntry(QStringLiteral("image.pdf"), QStringLiteral("PDF"), QStringLiteral("doc.richtext"),
-                                    RingKind::convert,
-                                    imagingText("One PDF from all dropped images, a page per image."), makePdf);
-    pdf.combinesInputs = true;
-    catalog.add(Op::make(std::move(pdf)));
+    catalog.add(Op::make({
+        .entry = {.id = "image.pdf", .title = QStringLiteral("PDF"), .symbol = QStringLiteral("doc.richtext"),
+                  .ring = RingKind::convert, .inputs = {ContentType::image()}, .excludes = nonRasterImages(),
+                  .description = imagingText("One PDF from all dropped images, a page per image.")},
+        .combined = makePdf,
+    }));
 }
 
 }  // namespace wendrel

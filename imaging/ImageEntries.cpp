@@ -2,24 +2,13 @@
 
 namespace wendrel {
 
-Op::Definition imageEntry(QString id, QString title, QString symbol, RingKind ring, QString description,
-                          Op::Body body, const std::optional<ContentType>& ownType)
+Op::Definition imageEntry(EntryDescription entry, Op::PerFileBody body, const std::optional<ContentType>& ownType)
 {
-    QList<ContentType> excludes = nonRasterImages();
+    entry.inputs = {ContentType::image()};
+    entry.excludes = nonRasterImages();
     if (ownType)
-        excludes.prepend(*ownType);
-    return {
-        .id = std::move(id),
-        .title = std::move(title),
-        .symbol = std::move(symbol),
-        .ring = ring,
-        .combinesInputs = false,
-        .inputs = {ContentType::image()},
-        .excludes = std::move(excludes),
-        .excludesExactly = {},
-        .description = std::move(description),
-        .body = std::move(body),
-    };
+        entry.excludes.prepend(*ownType);
+    return {.entry = std::move(entry), .perFile = std::move(body)};
 }
 
 }  // namespace wendrel

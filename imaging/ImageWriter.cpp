@@ -180,8 +180,7 @@ void writeImage(const VImage& image, ImageFormat format, std::optional<double> q
 {
     if (format == ImageFormat::bmp) {
         const QByteArray bmp = encodeImage(image, format, quality, metadata);
-        if (!writeFileAtomically(path, bmp).isEmpty())
-            throw saveError();
+        writeFileAtomically(path, bmp, saveError().message());
         return;
     }
     try {

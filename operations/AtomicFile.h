@@ -6,7 +6,8 @@
 namespace wendrel {
 
 // Writes `bytes` to `path` completely or not at all: a full disk or a crash never leaves half
-// a file under that name. Returns the system's reason when it fails, empty on success.
-QString writeFileAtomically(const QString& path, const QByteArray& bytes);
+// a file under that name. Throws OperationError with `failure` ("Couldn't save the image")
+// followed by the system's reason.
+void writeFileAtomically(const QString& path, const QByteArray& bytes, const QString& failure);
 
 }  // namespace wendrel

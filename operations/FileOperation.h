@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ContentType.h"
+#include "EntryDescription.h"
 #include "OperationContext.h"
 #include "OperationOutcome.h"
 #include "RingKind.h"
@@ -25,18 +26,23 @@ using FileOperationPtr = std::shared_ptr<const FileOperation>;
 // immutable once built and are shared by the ring, the command line and the job's threads.
 class FileOperation {
 public:
+    explicit FileOperation(EntryDescription entry)
+        : m_entry(std::move(entry)), m_id(m_entry.id.toString())
+    {
+    }
     virtual ~FileOperation() = default;
 
-    virtual const QString& id() const = 0;       // stable: "image.rotateLeft"
-    virtual const QString& title() const = 0;    // shown on the segment
-    virtual const QString& symbol() const = 0;   // the icon's design name, "photo"
-    virtual const QString& description() const = 0;  // one line of help
-    virtual RingKind ring() const = 0;
+    const QString& id() const { return m_id; }                // stable: "image.rotateLeft"
+    int rank() const { return m_entry.id.rank(); }             // its place on the ring
+    const QString& title() const { return m_entry.title; }    // shown on the segment
+    const QString& symbol() const { return m_entry.symbol; }  // the icon's design name
+    const QString& description() const { return m_entry.description; }  // one line of help
+    RingKind ring() const { return m_entry.ring; }
+    const QList<ContentType>& inputs() const { return m_entry.inputs; }
+    const QList<ContentType>& excludes() const { return m_entry.excludes; }
 
     // False: the job runs the operation once per file. True: once with all files, in order.
     virtual bool combinesInputs() const = 0;
-
-    virtual const QList<ContentType>& inputs() const = 0;
 
     // Whether a file of this type fits the entry.
     virtual bool accepts(const ContentType& type) const = 0;
@@ -60,6 +66,17 @@ public:
 
     // The second level for these files; empty for a leaf.
     virtual QList<FileOperationPtr> children(const QStringList& paths) const = 0;
+
+protected:
+    // Steps shared by leaves and groups: the type conforms to an input and to no exclusion.
+    bool matchesInputs(const ContentType& type) const
+    {
+        return type.conformsToAny(m_entry.inputs) && !type.conformsToAny(m_entry.excludes);
+    }
+
+private:
+    EntryDescription m_entry;
+    QString m_id;
 };
 
 }  // namespace wendrel

@@ -166,6 +166,8 @@ JobReport executeJob(const JobRequest& request, std::shared_ptr<const std::atomi
         for (const ProducedFile& file : run.outcome->producedFiles()) {
             try {
                 report.results.append(placeResult(file, request.destinationFolder));
+                if (!file.note.isEmpty() && !report.notes.contains(file.note))
+                    report.notes.append(file.note);
             } catch (const OperationError& error) {
                 report.failures.append({file.source, error.message()});
                 lastError = error.message();
@@ -178,6 +180,8 @@ JobReport executeJob(const JobRequest& request, std::shared_ptr<const std::atomi
         report.message = report.results.size() == 1
                              ? lastPathComponent(report.results.first())
                              : translate("%1 files created").arg(report.results.size());
+        if (!report.notes.isEmpty())
+            report.message += QStringLiteral(" (%1)").arg(report.notes.join(QStringLiteral(", ")));
     } else if (doneMessage) {
         report.succeeded = true;
         report.message = *doneMessage;

@@ -26,6 +26,7 @@ struct JobReport {
     QString message;               // the result's name, "%lld files created", or why it failed
     QStringList results;           // placed files, in input order
     QList<FileFailure> failures;   // every run or placement that failed, in input order
+    QStringList notes;             // what the user should know about the placed files, once each
 };
 
 struct JobRequest {
@@ -39,6 +40,8 @@ struct JobRequest {
 // makes the scratch folder, runs the operation (once with all files when it combines its
 // inputs, otherwise once per file, several files at once on all cores), places the results in
 // input order and removes the scratch folder on every path, failures and cancellation included.
+// The message names the one result, or counts them, followed by the results' notes in
+// parentheses: "Photos (2 links left out)".
 //
 // A file that fails does not stop the others: their results are placed and the failure is
 // listed. The job fails as a whole only when nothing was placed. Once `cancelled` is set the

@@ -2,29 +2,50 @@
 
 namespace wendrel {
 
+Op::Op(Definition definition)
+    : FileOperation(std::move(definition.entry)),
+      m_excludesExactly(std::move(definition.excludesExactly)),
+      m_perFile(std::move(definition.perFile)),
+      m_combined(std::move(definition.combined)),
+      m_prompt(std::move(definition.prompt))
+{
+    Q_ASSERT_X(bool(m_perFile) != bool(m_combined), "Op", "an entry has exactly one body");
+}
+
 bool Op::accepts(const ContentType& type) const
 {
-    if (!type.conformsToAny(m.inputs) || type.conformsToAny(m.excludes))
-        return false;
-    return !m.excludesExactly.contains(type);
+    return matchesInputs(type) && !m_excludesExactly.contains(type);
 }
 
 OperationOutcome Op::run(const QStringList& paths, const OperationContext& context) const
 {
-    return m.body(paths, context);
+    if (m_combined)
+        return m_combined(paths, context);
+    if (paths.size() == 1)
+        return m_perFile(paths.first(), context);
+    QList<ProducedFile> produced;
+    std::optional<QString> message;
+    for (const QString& path : paths) {
+        context.throwIfCancelled();
+        const OperationOutcome outcome = m_perFile(path, context);
+        produced.append(outcome.producedFiles());
+        if (outcome.isDone())
+            message = outcome.message();
+    }
+    return message && produced.isEmpty() ? OperationOutcome::done(*message) : OperationOutcome::files(std::move(produced));
 }
 
 std::optional<PromptRequest> Op::prompt(const QStringList& paths) const
 {
-    if (!m.prompt.request)
+    if (!m_prompt.request)
         return std::nullopt;
-    return m.prompt.request(paths);
+    return m_prompt.request(paths);
 }
 
 void Op::rememberAnswers(const QJsonObject& answers) const
 {
-    if (m.prompt.remember)
-        m.prompt.remember(answers);
+    if (m_prompt.remember)
+        m_prompt.remember(answers);
 }
 
 }  // namespace wendrel

@@ -7,44 +7,40 @@
 
 namespace wendrel {
 
-// A leaf entry: a description and the function that does the work.
+// A leaf entry: its description and the function that does the work.
 class Op final : public FileOperation {
 public:
-    using Body = std::function<OperationOutcome(const QStringList& paths,
-                                                const OperationContext& context)>;
+    // Works on one file: its one result, written into scratch space (a ProducedFile converts),
+    // or `done` when its effect is elsewhere. The job around it checks for cancellation
+    // between files, reports each file's end as progress, and runs several files side by side.
+    using PerFileBody = std::function<OperationOutcome(const QString& path, const OperationContext& context)>;
 
+    // Works on all the files at once (a merge, an archive) and returns whatever it made.
+    using CombinedBody = std::function<OperationOutcome(const QStringList& paths, const OperationContext& context)>;
+
+    // Exactly one of the two bodies is given; which one decides combinesInputs.
     struct Definition {
-        QString id;
-        QString title;
-        QString symbol;
-        RingKind ring = RingKind::convert;
-        bool combinesInputs = false;
-        QList<ContentType> inputs;           // a file fits if its type conforms to one of these
-        QList<ContentType> excludes;         // ...and conforms to none of these
-        QList<ContentType> excludesExactly;  // ...and is exactly none of these
-        QString description;
-        Body body;
-        OperationPrompt prompt{};            // empty: runs without asking
+        EntryDescription entry;
+        QList<ContentType> excludesExactly{};  // a file doesn't fit if its type is exactly one of these
+        PerFileBody perFile{};
+        CombinedBody combined{};
+        OperationPrompt prompt{};              // empty: runs without asking
     };
 
-    explicit Op(Definition definition) : m(std::move(definition)) {}
+    explicit Op(Definition definition);
 
     static FileOperationPtr make(Definition definition)
     {
         return std::make_shared<const Op>(std::move(definition));
     }
 
-    const QString& id() const override { return m.id; }
-    const QString& title() const override { return m.title; }
-    const QString& symbol() const override { return m.symbol; }
-    const QString& description() const override { return m.description; }
-    RingKind ring() const override { return m.ring; }
-    bool combinesInputs() const override { return m.combinesInputs; }
-    const QList<ContentType>& inputs() const override { return m.inputs; }
-    const QList<ContentType>& excludes() const { return m.excludes; }
-    const QList<ContentType>& excludesExactly() const { return m.excludesExactly; }
+    bool combinesInputs() const override { return bool(m_combined); }
+    const QList<ContentType>& excludesExactly() const { return m_excludesExactly; }
 
     bool accepts(const ContentType& type) const override;
+
+    // A per-file body runs once for each path, in order: their files together, or the last
+    // message when none made files.
     OperationOutcome run(const QStringList& paths, const OperationContext& context) const override;
     std::optional<PromptRequest> prompt(const QStringList& paths) const override;
     void rememberAnswers(const QJsonObject& answers) const override;
@@ -52,7 +48,10 @@ public:
     QList<FileOperationPtr> children(const QStringList&) const override { return {}; }
 
 private:
-    Definition m;
+    QList<ContentType> m_excludesExactly;
+    PerFileBody m_perFile;
+    CombinedBody m_combined;
+    OperationPrompt m_prompt;
 };
 
 }  // namespace wendrel

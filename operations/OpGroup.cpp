@@ -6,11 +6,6 @@
 
 namespace wendrel {
 
-bool OpGroup::accepts(const ContentType& type) const
-{
-    return type.conformsToAny(m.inputs) && !type.conformsToAny(m.excludes);
-}
-
 OperationOutcome OpGroup::run(const QStringList&, const OperationContext&) const
 {
     throw OperationError(QCoreApplication::translate("OpGroup", "Choose an item from the group"));
@@ -18,7 +13,7 @@ OperationOutcome OpGroup::run(const QStringList&, const OperationContext&) const
 
 QList<FileOperationPtr> OpGroup::children(const QStringList& paths) const
 {
-    return m.childrenProvider ? m.childrenProvider(paths) : QList<FileOperationPtr>{};
+    return m_childrenProvider ? m_childrenProvider(paths) : QList<FileOperationPtr>{};
 }
 
 }  // namespace wendrel

@@ -6,38 +6,30 @@
 
 namespace wendrel {
 
-// A segment that opens a second level of entries, built for the files in hand.
+// A segment that opens a second level of entries, built for the files in hand. A group
+// matches on its inputs and exclusions only: it has no exact-type exclusions of its own,
+// since its children decide what they take.
 class OpGroup final : public FileOperation {
 public:
     using ChildrenProvider = std::function<QList<FileOperationPtr>(const QStringList& paths)>;
 
     struct Definition {
-        QString id;
-        QString title;
-        QString symbol;
-        RingKind ring = RingKind::tools;
-        QList<ContentType> inputs;
-        QList<ContentType> excludes;
-        QString description;
+        EntryDescription entry;
         ChildrenProvider childrenProvider;
     };
 
-    explicit OpGroup(Definition definition) : m(std::move(definition)) {}
+    explicit OpGroup(Definition definition)
+        : FileOperation(std::move(definition.entry)), m_childrenProvider(std::move(definition.childrenProvider))
+    {
+    }
 
     static FileOperationPtr make(Definition definition)
     {
         return std::make_shared<const OpGroup>(std::move(definition));
     }
 
-    const QString& id() const override { return m.id; }
-    const QString& title() const override { return m.title; }
-    const QString& symbol() const override { return m.symbol; }
-    const QString& description() const override { return m.description; }
-    RingKind ring() const override { return m.ring; }
     bool combinesInputs() const override { return false; }
-    const QList<ContentType>& inputs() const override { return m.inputs; }
-
-    bool accepts(const ContentType& type) const override;
+    bool accepts(const ContentType& type) const override { return matchesInputs(type); }
 
     // A group is opened, never run: throws "Choose an item from the group".
     OperationOutcome run(const QStringList& paths, const OperationContext& context) const override;
@@ -46,7 +38,7 @@ public:
     QList<FileOperationPtr> children(const QStringList& paths) const override;
 
 private:
-    Definition m;
+    ChildrenProvider m_childrenProvider;
 };
 
 }  // namespace wendrel

@@ -1,7 +1,5 @@
 #include "OperationCatalog.h"
 
-#include "CatalogOrder.h"
-
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -13,11 +11,10 @@ bool OperationCatalog::add(FileOperationPtr entry)
     if (!entry || m_byId.contains(entry->id()))
         return false;
     QList<FileOperationPtr>& ring = m_rings[static_cast<size_t>(entry->ring())];
-    const int rank = catalogRank(entry->id());
-    // After every entry of lower or equal rank: unknown ids keep their registration order.
+    // After every entry of lower or equal rank: unlisted ids keep their registration order.
     const auto position = std::upper_bound(
-        ring.begin(), ring.end(), rank,
-        [](int wanted, const FileOperationPtr& other) { return wanted < catalogRank(other->id()); });
+        ring.begin(), ring.end(), entry->rank(),
+        [](int wanted, const FileOperationPtr& other) { return wanted < other->rank(); });
     ring.insert(position, entry);
     m_byId.insert(entry->id(), std::move(entry));
     return true;

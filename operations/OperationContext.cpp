@@ -50,4 +50,12 @@ QString OperationContext::outputUrl(const QString& name) const
     return folder + u'/' + name;
 }
 
+ProducedFile OperationContext::produce(const QString& source, const QString& name,
+                                       const std::function<void(const QString&)>& write) const
+{
+    const QString path = outputUrl(name);
+    write(path);
+    return {path, name, source};
+}
+
 }  // namespace wendrel

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "MemoryBudget.h"
+#include "OperationOutcome.h"
+
 #include <QJsonObject>
 #include <QString>
 
@@ -40,11 +43,25 @@ public:
     // can't be made.
     QString outputUrl(const QString& name) const;
 
+    // The result named `name` for `source`: `write` writes it to the scratch path it is given,
+    // and the result is handed back ready for placing.
+    ProducedFile produce(const QString& source, const QString& name,
+                         const std::function<void(const QString& scratchPath)>& write) const;
+
+    // Holds `bytes` of the memory that every job shares until the reservation ends, waiting
+    // while other files hold too much of it. An operation reserves what a file will take as
+    // soon as it knows (a picture's header gives its size) and before it allocates.
+    [[nodiscard]] MemoryBudget::Reservation reserveMemory(qint64 bytes) const
+    {
+        return {*m_memory, bytes};
+    }
+
 private:
     QString m_workDirectory;
     ProgressFunction m_progress;
     std::shared_ptr<const std::atomic_bool> m_cancelled;
     QJsonObject m_answers;
+    MemoryBudget* m_memory = &MemoryBudget::shared();
 };
 
 }  // namespace wendrel

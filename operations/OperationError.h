@@ -16,6 +16,13 @@ public:
     {
     }
 
+    // The sentence, then the system's own reason after a colon when it gave one:
+    // "Couldn't save the image: No space left on device".
+    static OperationError withReason(const QString& sentence, const QString& reason)
+    {
+        return OperationError(reason.isEmpty() ? sentence : sentence + QStringLiteral(": ") + reason);
+    }
+
     const QString& message() const noexcept { return m_message; }
     const char* what() const noexcept override { return m_utf8.constData(); }
 

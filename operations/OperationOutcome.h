@@ -3,6 +3,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 namespace wendrel {
 
 // One file an operation wrote into its scratch folder, waiting to be placed.
@@ -10,12 +12,16 @@ struct ProducedFile {
     QString temporaryUrl;   // absolute path inside the job's scratch folder
     QString preferredName;  // the name, with extension, the result should bear
     QString source;         // the input it came from; the result is placed beside it
+    QString note{};         // what the user should know about it ("2 links left out"), if anything
 };
 
 // What a successful run produced: files to place, or a message when the operation had its
 // effect elsewhere (the clipboard, another application) and there is nothing to place.
 class OperationOutcome {
 public:
+    // One file made: what most per-file operations return.
+    OperationOutcome(ProducedFile produced) : m_files{std::move(produced)} {}  // NOLINT: implicit on purpose
+
     static OperationOutcome files(QList<ProducedFile> produced)
     {
         OperationOutcome outcome;

@@ -1,6 +1,7 @@
 #include "DesktopIntegration.h"
 
 #include "operations/AtomicFile.h"
+#include "operations/OperationError.h"
 #include "operations/Logging.h"
 #include "operations/settings/SettingsStore.h"
 
@@ -45,10 +46,13 @@ bool writeIfChanged(const QString& path, const QByteArray& content)
     if (existing.open(QIODevice::ReadOnly) && existing.readAll() == content)
         return true;
     QDir().mkpath(QFileInfo(path).absolutePath());
-    const QString error = writeFileAtomically(path, content);
-    if (!error.isEmpty())
-        qCWarning(lcRing, "can't write %s: %s", qUtf8Printable(path), qUtf8Printable(error));
-    return error.isEmpty();
+    try {
+        writeFileAtomically(path, content, QStringLiteral("can't write %1").arg(path));
+        return true;
+    } catch (const OperationError& error) {
+        qCWarning(lcRing, "%s", qUtf8Printable(error.message()));
+        return false;
+    }
 }
 
 QString dataHome() { return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation); }

@@ -29,9 +29,11 @@ auto progressReporter(const OperationContext& context)
 // "Report.pdf.zip" for one file, "Docs.zip" for one folder, "Archive.zip" for several items.
 QString archiveName(const QStringList& paths)
 {
-    const QString single = paths.size() == 1 ? lastPathComponent(paths.first()) : QString();
-    return (single.isEmpty() ? translate("Archive") : single)
-           + QStringLiteral(".zip");
+    if (paths.size() != 1)
+        return translate("Archive") + QStringLiteral(".zip");
+    const QString ownExtension = splitExtension(lastPathComponent(paths.first())).extension;
+    return outputName(paths.first(), std::nullopt,
+                      ownExtension.isEmpty() ? QStringLiteral("zip") : ownExtension + QStringLiteral(".zip"));
 }
 
 OperationOutcome packArchive(const QStringList& paths, const OperationContext& context)
@@ -39,44 +41,34 @@ OperationOutcome packArchive(const QStringList& paths, const OperationContext& c
     if (paths.isEmpty())
         return OperationOutcome::files({});
     const QString name = archiveName(paths);
-    const QString destination = context.outputUrl(name);
-    QFile archive(destination);
-    if (!archive.open(QIODevice::WriteOnly)) {
-        throw OperationError(
-            translate("Couldn't write “%1”: %2").arg(name, archive.errorString()));
-    }
-
-    ZipWriter writer(archive);
-    for (const QString& path : paths) {
-        context.throwIfCancelled();
-        writer.addItem(path, lastPathComponent(path));
-    }
-    writer.finish(progressReporter(context));
-    archive.close();
-    return OperationOutcome::files({{destination, name, paths.first()}});
+    return OperationOutcome::files({context.produce(paths.first(), name, [&](const QString& destination) {
+        QFile archive(destination);
+        if (!archive.open(QIODevice::WriteOnly))
+            throw OperationError(translate("Couldn't write “%1”: %2").arg(name, archive.errorString()));
+        ZipWriter writer(archive);
+        for (const QString& path : paths) {
+            context.throwIfCancelled();
+            writer.addItem(path, lastPathComponent(path));
+        }
+        writer.finish(progressReporter(context));
+    })});
 }
 
-OperationOutcome unpackArchives(const QStringList& paths, const OperationContext& context)
+// One folder per archive, named after it: "Photos.zip" unpacks into "Photos".
+ProducedFile unpackArchive(const QString& path, const OperationContext& context)
 {
-    QList<ProducedFile> produced;
-    for (const QString& path : paths) {
-        context.throwIfCancelled();
-        const QString name = splitExtension(lastPathComponent(path)).base;
-        const QString folder = context.outputUrl(name);
+    return context.produce(path, outputName(path, std::nullopt, QString()), [&](const QString& folder) {
         if (!QDir().mkpath(folder)) {
             throw OperationError(
                 QCoreApplication::translate("OperationContext", "Couldn't create a scratch folder"));
         }
         QFile archive(path);
         if (!archive.open(QIODevice::ReadOnly)) {
-            throw OperationError(translate("Couldn't read “%1”: %2")
-                                     .arg(lastPathComponent(path), archive.errorString()));
+            throw OperationError(translate("Couldn't read “%1”: %2").arg(lastPathComponent(path), archive.errorString()));
         }
         const ZipReader reader(archive);
         reader.extractAll(folder, progressReporter(context));
-        produced.append({folder, name, path});
-    }
-    return OperationOutcome::files(produced);
+    });
 }
 
 }  // namespace
@@ -84,28 +76,16 @@ OperationOutcome unpackArchives(const QStringList& paths, const OperationContext
 void registerArchiveOperations(OperationCatalog& catalog)
 {
     catalog.add(Op::make({
-        .id = QStringLiteral("archive.zip"),
-        .title = translate("ZIP"),
-        .symbol = QStringLiteral("doc.zipper"),
-        .ring = RingKind::convert,
-        .combinesInputs = true,
-        .inputs = {ContentType::item()},
-        .excludes = {},
-        .excludesExactly = {},
-        .description = translate("Packs the dropped files and folders into one ZIP."),
-        .body = packArchive,
+        .entry = {.id = "archive.zip", .title = translate("ZIP"), .symbol = QStringLiteral("doc.zipper"),
+                  .ring = RingKind::convert, .inputs = {ContentType::item()},
+                  .description = translate("Packs the dropped files and folders into one ZIP.")},
+        .combined = packArchive,
     }));
     catalog.add(Op::make({
-        .id = QStringLiteral("archive.unzip"),
-        .title = translate("Unzip"),
-        .symbol = QStringLiteral("archivebox"),
-        .ring = RingKind::convert,
-        .combinesInputs = false,
-        .inputs = {ContentType::zipArchive()},
-        .excludes = {},
-        .excludesExactly = {},
-        .description = translate("Unpacks a ZIP into a folder next to it."),
-        .body = unpackArchives,
+        .entry = {.id = "archive.unzip", .title = translate("Unzip"), .symbol = QStringLiteral("archivebox"),
+                  .ring = RingKind::convert, .inputs = {ContentType::zipArchive()},
+                  .description = translate("Unpacks a ZIP into a folder next to it.")},
+        .perFile = unpackArchive,
     }));
 }
 

@@ -4,8 +4,6 @@
 #include "CompressionSettingsView.h"
 #include "imaging/ImageEntries.h"
 #include "imaging/ImageFormat.h"
-#include "imaging/ImageMemoryBudget.h"
-#include "imaging/ImageLoader.h"
 #include "imaging/ImageWriter.h"
 #include "imaging/PixelFunctions.h"
 #include "operations/AtomicFile.h"
@@ -63,7 +61,7 @@ QByteArray compress(VImage image, const CompressionSettings& settings, qint64 in
     return result->bytes;
 }
 
-OperationOutcome compressImages(const QStringList& paths, const OperationContext& context)
+ProducedFile compressImage(const QString& path, const OperationContext& context)
 {
     // What the user confirmed for this job; the stored settings when nobody was asked.
     const CompressionSettings settings = settingsForJob<CompressionSettings>(context);
@@ -72,23 +70,20 @@ OperationOutcome compressImages(const QStringList& paths, const OperationContext
     if (!canWrite(format))
         throw OperationError(imagingText("This format can't be written on this computer"));
 
-    QList<ProducedFile> produced;
-    for (qsizetype index = 0; index < paths.size(); ++index) {
-        context.throwIfCancelled();
-        const QString& path = paths[index];
-        const ImageMemoryBudget::Reservation memory = ImageMemoryBudget::forFile(path);
-        const qint64 inputBytes = QFileInfo(path).size();
-        const QByteArray bytes = compress(loadImage(path), settings, inputBytes, format);
-        qCInfo(lcJobs, "compressed %ld → %ld bytes", static_cast<long>(inputBytes), static_cast<long>(bytes.size()));
-
-        const QString name = outputName(path, imagingText("Compressed"), heic ? QStringLiteral("heic") : QStringLiteral("jpg"));
-        const QString destination = context.outputUrl(name);
-        if (!writeFileAtomically(destination, bytes).isEmpty())
-            throw couldNotSave();
-        produced.append({destination, name, path});
-        context.progress(double(index + 1) / double(paths.size()));
+    const PictureFile picture(path, context);
+    const qint64 inputBytes = QFileInfo(path).size();
+    QByteArray bytes;
+    try {
+        bytes = compress(picture.source.decode(), settings, inputBytes, format);
+    } catch (const vips::VError& error) {
+        qCDebug(lcJobs) << "compression failed:" << path << error.what();
+        throw couldNotSave();
     }
-    return OperationOutcome::files(produced);
+    qCInfo(lcJobs, "compressed %ld → %ld bytes", static_cast<long>(inputBytes), static_cast<long>(bytes.size()));
+    return context.produce(path, outputName(path, imagingText("Compressed"), heic ? QStringLiteral("heic") : QStringLiteral("jpg")),
+                           [&](const QString& destination) {
+                               writeFileAtomically(destination, bytes, couldNotSave().message());
+                           });
 }
 
 }  // namespace
@@ -96,11 +91,11 @@ OperationOutcome compressImages(const QStringList& paths, const OperationContext
 void registerCompressImageOperation(OperationCatalog& catalog)
 {
     Op::Definition entry = imageEntry(
-        QStringLiteral("image.compress"), imagingText("Compress"), QStringLiteral("arrow.down.right.and.arrow.up.left"),
-        RingKind::tools,
-        imagingText("Asks for a target: a file size, a percentage or a quality, plus an optional size limit "
-                    "and JPEG or HEIC."),
-        compressImages);
+        {.id = "image.compress", .title = imagingText("Compress"), .symbol = QStringLiteral("arrow.down.right.and.arrow.up.left"),
+         .ring = RingKind::tools,
+         .description = imagingText("Asks for a target: a file size, a percentage or a quality, plus an optional size limit "
+                                    "and JPEG or HEIC.")},
+        compressImage);
     entry.prompt = settingsPrompt<CompressionSettings>(compressionSettingsView);
     catalog.add(Op::make(std::move(entry)));
 }

@@ -1,7 +1,7 @@
 #include "ImagesToPdf.h"
 
 #include "imaging/ImageFormat.h"
-#include "imaging/ImageLoader.h"
+#include "imaging/ImageEntries.h"
 #include "imaging/ImageWriter.h"
 #include "operations/ContentType.h"
 #include "operations/Logging.h"
@@ -149,23 +149,24 @@ QSizeF pdfPageSize(QSize pixels)
     return {scale * pixels.width(), scale * pixels.height()};
 }
 
-PdfPicture pdfPictureFromFile(const QString& path)
+PdfPicture pdfPictureFromFile(const QString& path, const OperationContext& context)
 {
+    const PictureFile file(path, context);
     PdfPicture picture;
     if (embedsAsIs(path)) {
         // Decoding proves the file is whole before its bytes go into the document.
-        const VImage image = loadImage(path);
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
+        const VImage image = file.source.decode();
+        QFile bytes(path);
+        if (!bytes.open(QIODevice::ReadOnly))
             throw OperationError(QCoreApplication::translate("ImageLoader", "Can't read this image"));
         picture.pixels = {image.width(), image.height()};
         picture.components = image.bands() >= 3 ? 3 : 1;
         picture.isJpeg = true;
-        picture.data = file.readAll();
+        picture.data = bytes.readAll();
         return picture;
     }
 
-    const VImage image = loadImage(path);
+    const VImage image = file.source.decode();
     picture.pixels = {image.width(), image.height()};
     const bool alpha = image.has_alpha();
     const VImage colour = image.extract_band(0, VImage::option()->set("n", alpha ? image.bands() - 1 : image.bands()));

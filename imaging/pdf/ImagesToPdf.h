@@ -8,6 +8,8 @@
 
 namespace wendrel {
 
+class OperationContext;
+
 // One picture ready for a PDF page: its pixels encoded the way PDF reads them directly.
 struct PdfPicture {
     QSize pixels;
@@ -20,10 +22,10 @@ struct PdfPicture {
 // The page for a picture, in points: a point per pixel, shrunk so no side exceeds 1190.
 QSizeF pdfPageSize(QSize pixels);
 
-// Loads a picture for a page. A JPEG that needs no turning and no colour conversion goes in
-// as it is, without re-encoding; other photos as JPEG; graphics and anything transparent
-// losslessly. Throws OperationError "Can't read this image".
-PdfPicture pdfPictureFromFile(const QString& path);
+// Loads a picture for a page, for the job `context` belongs to. A JPEG that needs no turning
+// and no colour conversion goes in as it is, without re-encoding; other photos as JPEG;
+// graphics and anything transparent losslessly. Throws OperationError "Can't read this image".
+PdfPicture pdfPictureFromFile(const QString& path, const OperationContext& context);
 
 // Writes one PDF with a page per picture, in order. Throws "Couldn't create the PDF".
 void writePicturesPdf(const QList<PdfPicture>& pictures, const QString& path);

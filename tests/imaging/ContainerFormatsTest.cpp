@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <QtEndian>
 
+#include "operations/OperationContext.h"
+
 #include <gtest/gtest.h>
 
 using namespace wendrel;
@@ -101,8 +103,9 @@ TEST(ImagesToPdf, WritesAValidPdfWithOnePagePerPicture)
     QTemporaryDir folder;
     save(photoLike(4000, 3000), folder.filePath(QStringLiteral("photo.jpg[Q=80]")));
     save(transparentDisc(600).crop(0, 100, 600, 400), folder.filePath(QStringLiteral("logo.png")));
-    const QList<PdfPicture> pictures{pdfPictureFromFile(folder.filePath(QStringLiteral("photo.jpg"))),
-                                     pdfPictureFromFile(folder.filePath(QStringLiteral("logo.png")))};
+    const OperationContext context(folder.path());
+    const QList<PdfPicture> pictures{pdfPictureFromFile(folder.filePath(QStringLiteral("photo.jpg")), context),
+                                     pdfPictureFromFile(folder.filePath(QStringLiteral("logo.png")), context)};
     EXPECT_TRUE(pictures[0].isJpeg);
     EXPECT_EQ(pictures[0].data, readFile(folder.filePath(QStringLiteral("photo.jpg"))));  // not re-encoded
     EXPECT_FALSE(pictures[1].alpha.isEmpty());

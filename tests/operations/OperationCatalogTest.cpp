@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 using namespace wendrel;
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -23,16 +24,10 @@ FileOperationPtr entry(const char* id, RingKind ring, QList<ContentType> inputs,
                        const char* title = nullptr)
 {
     return Op::make({
-        .id = QString::fromUtf8(id),
-        .title = QString::fromUtf8(title ? title : id),
-        .symbol = {},
-        .ring = ring,
-        .combinesInputs = false,
-        .inputs = std::move(inputs),
-        .excludes = std::move(excludes),
+        .entry = {.id = EntryId::atRunTime(QString::fromUtf8(id)), .title = QString::fromUtf8(title ? title : id),
+                  .ring = ring, .inputs = std::move(inputs), .excludes = std::move(excludes)},
         .excludesExactly = std::move(excludesExactly),
-        .description = {},
-        .body = unused,
+        .combined = unused,
     });
 }
 
@@ -74,41 +69,33 @@ protected:
     QString png = folder.filePath(QStringLiteral("Photo.png"));
     QString pdf = folder.filePath(QStringLiteral("Report.pdf"));
     QString svg = folder.filePath(QStringLiteral("Logo.svg"));
+    QString docs = folder.path() + QStringLiteral("/Docs/");
     OperationCatalog catalog;
 };
 
 }  // namespace
 
-TEST_F(CatalogMatching, PngFitsEveryImageTargetButPng)
+// Which entries each ring offers for the files in hand: every file must fit.
+TEST_F(CatalogMatching, EachRingOffersWhatFitsEveryFile)
 {
-    EXPECT_EQ(ids(catalog.fitting(RingKind::convert, {png})),
-              (QStringList{QStringLiteral("image.jpg"), QStringLiteral("image.heic"),
-                           QStringLiteral("archive.zip")}));
-}
+    struct Row {
+        QStringList files;
+        RingKind ring;
+        QStringList expected;
+    };
+    const QList<Row> rows{
+        {{png}, RingKind::convert, {u"image.jpg"_s, u"image.heic"_s, u"archive.zip"_s}},  // not its own format
+        {{pdf}, RingKind::convert, {u"archive.zip"_s}},                              // PDFs aren't images
+        {{svg}, RingKind::convert, {u"archive.zip"_s}},
+        {{pdf}, RingKind::tools, {u"pdf.merge"_s}},
+        {{png, pdf}, RingKind::tools, {u"pdf.merge"_s}},
+        {{docs}, RingKind::convert, {u"archive.zip"_s}},
+        {{docs}, RingKind::tools, {}},
+        {{docs}, RingKind::actions, {u"action.copyPath"_s}},  // folders can't be mailed
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(ids(catalog.fitting(row.ring, row.files)), row.expected) << qPrintable(row.files.join(u' '));
 
-TEST_F(CatalogMatching, PdfAndSvgFitNoImageTarget)
-{
-    EXPECT_EQ(ids(catalog.fitting(RingKind::convert, {pdf})), QStringList{QStringLiteral("archive.zip")});
-    EXPECT_EQ(ids(catalog.fitting(RingKind::convert, {svg})), QStringList{QStringLiteral("archive.zip")});
-    EXPECT_EQ(ids(catalog.fitting(RingKind::tools, {pdf})), QStringList{QStringLiteral("pdf.merge")});
-}
-
-TEST_F(CatalogMatching, FolderFitsOnlyItemEntriesAndNotMail)
-{
-    const QString docs = folder.path() + QStringLiteral("/Docs/");
-    EXPECT_EQ(ids(catalog.fitting(RingKind::convert, {docs})), QStringList{QStringLiteral("archive.zip")});
-    EXPECT_TRUE(catalog.fitting(RingKind::tools, {docs}).isEmpty());
-    EXPECT_EQ(ids(catalog.fitting(RingKind::actions, {docs})),
-              QStringList{QStringLiteral("action.copyPath")});
-}
-
-TEST_F(CatalogMatching, EveryFileMustFit)
-{
-    EXPECT_EQ(ids(catalog.fitting(RingKind::tools, {png, pdf})), QStringList{QStringLiteral("pdf.merge")});
-}
-
-TEST_F(CatalogMatching, RefusalNamesTheEntry)
-{
     const FileOperationPtr half = catalog.find(QStringLiteral("image.half"));
     ASSERT_TRUE(half);
     EXPECT_EQ(OperationCatalog::refusal(*half, {png, pdf}),
@@ -116,7 +103,7 @@ TEST_F(CatalogMatching, RefusalNamesTheEntry)
     EXPECT_EQ(OperationCatalog::refusal(*half, {png}), std::nullopt);
 }
 
-TEST(OpAccepts, ExcludesExactlyRefusesOnlyThatType)
+TEST(OpAccepts, ExactExclusionsRefuseOnlyThatTypeAndNoInputsAcceptNothing)
 {
     // Everything plain-text except WebVTT itself: SubRip stays acceptable.
     const FileOperationPtr operation = entry("subtitle.only", RingKind::convert, {ContentType::plainText()},
@@ -124,58 +111,32 @@ TEST(OpAccepts, ExcludesExactlyRefusesOnlyThatType)
     EXPECT_FALSE(operation->accepts(ContentType::webVtt()));
     EXPECT_TRUE(operation->accepts(ContentType::subRip()));
     EXPECT_TRUE(operation->accepts(ContentType::plainText()));
-}
-
-TEST(OpAccepts, EmptyInputsAcceptNothing)
-{
     EXPECT_FALSE(entry("nothing", RingKind::tools, {})->accepts(ContentType::png()));
 }
 
-TEST(OperationCatalogOrder, FollowsRingOrderWhateverTheRegistrationOrder)
+// The ring order comes with each entry's id, whatever the order of registration; ids the
+// order doesn't list follow in registration order, and an id is registered once.
+TEST(OperationCatalogOrder, FollowsTheRingOrderThenRegistrationAndRefusesDuplicates)
 {
     OperationCatalog catalog;
-    catalog.add(entry("archive.zip", RingKind::convert, {ContentType::item()}));
-    catalog.add(entry("subtitle.vtt", RingKind::convert, {ContentType::item()}));
-    catalog.add(entry("image.gif", RingKind::convert, {ContentType::item()}));
-    catalog.add(entry("image.jpg", RingKind::convert, {ContentType::item()}));
-    catalog.add(entry("subtitle.srt", RingKind::convert, {ContentType::item()}));
+    for (const char* id : {"archive.zip", "preset.warm", "subtitle.vtt", "image.gif", "preset.cold", "image.jpg",
+                           "subtitle.srt"})
+        EXPECT_TRUE(catalog.add(entry(id, RingKind::convert, {ContentType::image()})));
     EXPECT_EQ(ids(catalog.entries(RingKind::convert)),
-              (QStringList{QStringLiteral("image.jpg"), QStringLiteral("image.gif"),
-                           QStringLiteral("subtitle.srt"), QStringLiteral("subtitle.vtt"),
-                           QStringLiteral("archive.zip")}));
-}
+              (QStringList{u"image.jpg"_s, u"image.gif"_s, u"subtitle.srt"_s, u"subtitle.vtt"_s, u"archive.zip"_s,
+                           u"preset.warm"_s, u"preset.cold"_s}));
 
-TEST(OperationCatalogOrder, UnknownIdsFollowInRegistrationOrder)
-{
-    OperationCatalog catalog;
-    catalog.add(entry("preset.warm", RingKind::tools, {ContentType::item()}));
-    catalog.add(entry("image.half", RingKind::tools, {ContentType::item()}));
-    catalog.add(entry("preset.cold", RingKind::tools, {ContentType::item()}));
-    EXPECT_EQ(ids(catalog.entries(RingKind::tools)),
-              (QStringList{QStringLiteral("image.half"), QStringLiteral("preset.warm"),
-                           QStringLiteral("preset.cold")}));
-}
-
-TEST(OperationCatalogOrder, DuplicateIdIsRefused)
-{
-    OperationCatalog catalog;
-    EXPECT_TRUE(catalog.add(entry("image.jpg", RingKind::convert, {ContentType::image()})));
     EXPECT_FALSE(catalog.add(entry("image.jpg", RingKind::convert, {ContentType::item()})));
-    EXPECT_EQ(catalog.entries(RingKind::convert).size(), 1);
+    EXPECT_EQ(catalog.entries(RingKind::convert).size(), 7);
     EXPECT_EQ(catalog.find(QStringLiteral("image.jpg"))->inputs(), QList<ContentType>{ContentType::image()});
 }
 
-TEST(OpGroupBehaviour, RunningAGroupAsksForAChild)
+TEST(OpGroupBehaviour, AGroupOpensItsChildrenAndIsNeverRun)
 {
     QStringList askedFor;
     const FileOperationPtr group = OpGroup::make({
-        .id = QStringLiteral("image.presets"),
-        .title = QStringLiteral("Presets"),
-        .symbol = {},
-        .ring = RingKind::tools,
-        .inputs = {ContentType::image()},
-        .excludes = {ContentType::svg()},
-        .description = {},
+        .entry = {.id = "image.presets", .title = QStringLiteral("Presets"), .ring = RingKind::tools,
+                  .inputs = {ContentType::image()}, .excludes = {ContentType::svg()}},
         .childrenProvider =
             [&](const QStringList& paths) {
                 askedFor = paths;
@@ -189,8 +150,7 @@ TEST(OpGroupBehaviour, RunningAGroupAsksForAChild)
     EXPECT_FALSE(group->accepts(ContentType::svg()));
 
     const QStringList files{QStringLiteral("/a/one.png"), QStringLiteral("/a/two.png")};
-    EXPECT_EQ(ids(group->children(files)),
-              (QStringList{QStringLiteral("preset.one"), QStringLiteral("preset.two")}));
+    EXPECT_EQ(ids(group->children(files)), (QStringList{u"preset.one"_s, u"preset.two"_s}));
     EXPECT_EQ(askedFor, files);
 
     try {

@@ -58,26 +58,19 @@ PromptRequest pdfCompressionView(const PDFCompressionSettings& settings, qsizety
 }
 
 // Writes "<name> settings.json" holding the settings the job ran with.
-OperationOutcome reportSettings(const QStringList& paths, const OperationContext& context)
+OperationOutcome reportSettings(const QString& path, const OperationContext& context)
 {
     const PDFCompressionSettings settings = settingsForJob<PDFCompressionSettings>(context);
-    const QString name = outputName(paths.first(), QStringLiteral("settings"), QStringLiteral("json"));
-    return OperationOutcome::files({produce(context, paths.first(), name, QJsonDocument(settings.toJson()).toJson())});
+    const QString name = outputName(path, QStringLiteral("settings"), QStringLiteral("json"));
+    return produce(context, path, name, QJsonDocument(settings.toJson()).toJson());
 }
 
 FileOperationPtr pdfCompressEntry()
 {
     return Op::make({
-        .id = QStringLiteral("test.compressPdf"),
-        .title = QStringLiteral("Compress"),
-        .symbol = {},
-        .ring = RingKind::tools,
-        .combinesInputs = false,
-        .inputs = {ContentType::item()},
-        .excludes = {},
-        .excludesExactly = {},
-        .description = {},
-        .body = reportSettings,
+        .entry = {.id = EntryId::atRunTime(QStringLiteral("test.compressPdf")), .title = QStringLiteral("Compress"),
+                  .ring = RingKind::tools, .inputs = {ContentType::item()}},
+        .perFile = reportSettings,
         .prompt = settingsPrompt<PDFCompressionSettings>(pdfCompressionView),
     });
 }
@@ -159,7 +152,7 @@ TEST_F(OperationPromptTest, AnswersThatDontFitAreRefusedAndNotStored)
 
 TEST_F(OperationPromptTest, EntriesWithoutAPromptRunUnasked)
 {
-    const FileOperationPtr plain = makeEntry(QStringLiteral("test.plain"), reportSettings);
+    const FileOperationPtr plain = perFileEntry(QStringLiteral("test.plain"), reportSettings);
     EXPECT_FALSE(plain->prompt({first}));
     bool asked = false;
     const std::optional<QJsonObject> answers = askBeforeRunning(*plain, {first}, [&](const PromptRequest&) {

@@ -34,9 +34,8 @@ OperationOutcome copyNamed(const QStringList& paths, const OperationContext& con
 
 FileOperationPtr entry(const QString& id, RingKind ring, QList<ContentType> inputs = {ContentType::item()})
 {
-    return Op::make({.id = id, .title = id, .symbol = {}, .ring = ring, .combinesInputs = false,
-                     .inputs = std::move(inputs), .excludes = {}, .excludesExactly = {}, .description = {},
-                     .body = copyNamed});
+    return Op::make({.entry = {.id = EntryId::atRunTime(id), .title = id, .ring = ring, .inputs = std::move(inputs)},
+                     .combined = copyNamed});
 }
 
 class RingModelTest : public ::testing::Test {
@@ -133,9 +132,8 @@ TEST_F(RingModelTest, SwitchRingGoesRoundForTheSameFiles)
 TEST_F(RingModelTest, RestingOnAGroupOpensItAfterTheDwell)
 {
     catalog.add(entry(QStringLiteral("image.half"), RingKind::tools));
-    catalog.add(OpGroup::make({.id = QStringLiteral("image.presets"), .title = QStringLiteral("Presets"), .symbol = {},
-                               .ring = RingKind::tools, .inputs = {ContentType::item()}, .excludes = {},
-                               .description = {},
+    catalog.add(OpGroup::make({.entry = {.id = "image.presets", .title = QStringLiteral("Presets"),
+                                         .ring = RingKind::tools, .inputs = {ContentType::item()}},
                                .childrenProvider = [](const QStringList&) {
                                    return QList<FileOperationPtr>{entry(QStringLiteral("preset.warm"), RingKind::tools),
                                                                   entry(QStringLiteral("preset.cold"), RingKind::tools)};
@@ -224,10 +222,9 @@ TEST_F(RingModelTest, FeedbackSwitchSilencesTheSounds)
 TEST_F(RingModelTest, EntriesThatAskRunWithTheAnswersOrNotAtAll)
 {
     QJsonObject seenAnswers;
-    catalog.add(Op::make({.id = QStringLiteral("t.asks"), .title = QStringLiteral("Asks"), .symbol = {},
-                          .ring = RingKind::tools, .combinesInputs = false, .inputs = {ContentType::item()},
-                          .excludes = {}, .excludesExactly = {}, .description = {},
-                          .body = [&](const QStringList& paths, const OperationContext& context) {
+    catalog.add(Op::make({.entry = {.id = EntryId::atRunTime(QStringLiteral("t.asks")), .title = QStringLiteral("Asks"),
+                                    .ring = RingKind::tools, .inputs = {ContentType::item()}},
+                          .combined = [&](const QStringList& paths, const OperationContext& context) {
                               seenAnswers = context.answers();
                               return copyNamed(paths, context);
                           },

@@ -38,21 +38,23 @@ JobReport runJob(JobRunner& runner, JobRequest request)
     return report;
 }
 
-FileOperationPtr makeEntry(const QString& id, Op::Body body, bool combinesInputs,
-                           QList<ContentType> inputs)
+namespace {
+
+EntryDescription testEntry(const QString& id)
 {
-    return Op::make({
-        .id = id,
-        .title = id,
-        .symbol = {},
-        .ring = RingKind::tools,
-        .combinesInputs = combinesInputs,
-        .inputs = std::move(inputs),
-        .excludes = {},
-        .excludesExactly = {},
-        .description = {},
-        .body = std::move(body),
-    });
+    return {.id = EntryId::atRunTime(id), .title = id, .ring = RingKind::tools, .inputs = {ContentType::item()}};
+}
+
+}  // namespace
+
+FileOperationPtr perFileEntry(const QString& id, Op::PerFileBody body)
+{
+    return Op::make({.entry = testEntry(id), .perFile = std::move(body)});
+}
+
+FileOperationPtr combinedEntry(const QString& id, Op::CombinedBody body)
+{
+    return Op::make({.entry = testEntry(id), .combined = std::move(body)});
 }
 
 ProducedFile produce(const OperationContext& context, const QString& source, const QString& name,

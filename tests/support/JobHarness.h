@@ -11,9 +11,9 @@ JobReport runJob(JobRunner& runner, JobRequest request);
 JobReport runJob(JobRunner& runner, FileOperationPtr operation, const QStringList& paths,
                  const std::optional<QString>& destinationFolder = std::nullopt);
 
-// A per-file entry whose body the test provides; inputs default to any item.
-FileOperationPtr makeEntry(const QString& id, Op::Body body, bool combinesInputs = false,
-                           QList<ContentType> inputs = {ContentType::item()});
+// Entries whose body the test provides, taking any item.
+FileOperationPtr perFileEntry(const QString& id, Op::PerFileBody body);
+FileOperationPtr combinedEntry(const QString& id, Op::CombinedBody body);
 
 // Writes `bytes` as a produced file named `name`, the way a real operation does.
 ProducedFile produce(const OperationContext& context, const QString& source, const QString& name,

@@ -1,11 +1,15 @@
-#include "imaging/ImageLoader.h"
+#include "imaging/ImageSource.h"
+#include "imaging/PngStructure.h"
 
 #include "TestPictures.h"
 #include "operations/OperationError.h"
 #include "support/TestEnvironment.h"
 
+#include <QBuffer>
 #include <QTemporaryDir>
 #include <QtEndian>
+
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -16,7 +20,7 @@ using vips::VImage;
 
 namespace {
 
-class ImageLoaderTest : public ::testing::Test {
+class ImageSourceTest : public ::testing::Test {
 protected:
     QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
 
@@ -33,30 +37,34 @@ protected:
     QTemporaryDir folder;
 };
 
-// A PNG whose header claims `width` x `height` pixels but holds almost no data.
-QByteArray pngClaiming(quint32 width, quint32 height)
+QByteArray pngChunk(const char* type, const QByteArray& data, std::optional<quint32> claimedLength = std::nullopt)
 {
-    auto chunk = [](const char* type, const QByteArray& data) {
-        QByteArray bytes(4, '\0');
-        qToBigEndian(quint32(data.size()), bytes.data());
-        const QByteArray body = QByteArray(type) + data;
-        bytes += body;
-        QByteArray crc(4, '\0');
-        qToBigEndian(quint32(crc32(0, reinterpret_cast<const Bytef*>(body.constData()), uInt(body.size()))), crc.data());
-        return bytes + crc;
-    };
+    QByteArray bytes(4, '\0');
+    qToBigEndian(claimedLength.value_or(quint32(data.size())), bytes.data());
+    const QByteArray body = QByteArray(type) + data;
+    bytes += body;
+    QByteArray crc(4, '\0');
+    qToBigEndian(quint32(crc32(0, reinterpret_cast<const Bytef*>(body.constData()), uInt(body.size()))), crc.data());
+    return bytes + crc;
+}
+
+// A PNG whose header claims `width` x `height` pixels but holds almost no data, with `extra`
+// chunks before its pixels.
+QByteArray pngClaiming(quint32 width, quint32 height, const QByteArray& extra = {})
+{
+    const auto chunk = [](const char* type, const QByteArray& data) { return pngChunk(type, data); };
     QByteArray header(13, '\0');
     qToBigEndian(width, header.data());
     qToBigEndian(height, header.data() + 4);
     header[8] = 8;  // bit depth
     header[9] = 2;  // RGB
-    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header) + chunk("IDAT", qCompress(QByteArray(16, '\0')).mid(4))
-           + chunk("IEND", {});
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", header) + extra
+           + chunk("IDAT", qCompress(QByteArray(16, '\0')).mid(4)) + chunk("IEND", {});
 }
 
 }  // namespace
 
-TEST_F(ImageLoaderTest, AppliesTheOrientationAndForgetsIt)
+TEST_F(ImageSourceTest, AppliesTheOrientationAndForgetsIt)
 {
     // Stored landscape, red on the left; orientation 6 asks viewers to turn it clockwise.
     VImage stored = twoColours(40, 20).copy();
@@ -69,21 +77,21 @@ TEST_F(ImageLoaderTest, AppliesTheOrientationAndForgetsIt)
     EXPECT_GT(pixel(upright, 10, 5)[0], 180);   // red went to the top
     EXPECT_GT(pixel(upright, 10, 35)[2], 180);  // blue to the bottom
     EXPECT_FALSE(upright.get_typeof("orientation") && upright.get_int("orientation") != 1);
-    EXPECT_EQ(uprightImageSize(path("turned.jpg")), QSize(20, 40));
+    EXPECT_EQ(ImageSource(path("turned.jpg")).uprightSize(), QSize(20, 40));
 }
 
-TEST_F(ImageLoaderTest, ScaledLoadIsUprightAndExact)
+TEST_F(ImageSourceTest, ScaledLoadIsUprightAndExact)
 {
     VImage stored = twoColours(400, 200).copy();
     stored.set("orientation", 8);  // turn counter-clockwise to view
     save(stored, path("turned.jpg[Q=95,strip=false]"));
-    const VImage scaled = loadImageScaled(path("turned.jpg"), QSize(51, 99));
+    const VImage scaled = ImageSource(path("turned.jpg")).decodeScaled(QSize(51, 99));
     EXPECT_EQ(scaled.width(), 51);
     EXPECT_EQ(scaled.height(), 99);
     EXPECT_GT(pixel(scaled, 25, 90)[0], 180);  // counter-clockwise: red (left) ends at the bottom
 }
 
-TEST_F(ImageLoaderTest, ColourIsStandardisedTo8BitSrgbOrGrey)
+TEST_F(ImageSourceTest, ColourIsStandardisedTo8BitSrgbOrGrey)
 {
     save(photoLike(32, 24).colourspace(VIPS_INTERPRETATION_CMYK), path("cmyk.jpg"));
     save(photoLike(32, 24).colourspace(VIPS_INTERPRETATION_RGB16), path("deep.png"));
@@ -109,7 +117,7 @@ TEST_F(ImageLoaderTest, ColourIsStandardisedTo8BitSrgbOrGrey)
     EXPECT_EQ(pixel(deepAlpha, 0, 0)[3], 0);
 }
 
-TEST_F(ImageLoaderTest, AnimationGivesItsFirstFrame)
+TEST_F(ImageSourceTest, AnimationGivesItsFirstFrame)
 {
     const VImage first = VImage::black(30, 20, VImage::option()->set("bands", 3)) + std::vector<double>{250, 0, 0};
     const VImage second = VImage::black(30, 20, VImage::option()->set("bands", 3)) + std::vector<double>{0, 0, 250};
@@ -122,7 +130,7 @@ TEST_F(ImageLoaderTest, AnimationGivesItsFirstFrame)
     EXPECT_GT(pixel(loaded, 15, 10)[0], 200);
 }
 
-TEST_F(ImageLoaderTest, TinyPicturesLoad)
+TEST_F(ImageSourceTest, TinyPicturesLoad)
 {
     save(photoLike(1, 1), path("one.png"));
     save(photoLike(2, 100), path("tall.png"));
@@ -130,7 +138,7 @@ TEST_F(ImageLoaderTest, TinyPicturesLoad)
     EXPECT_EQ(loadImage(path("tall.png")).height(), 100);
 }
 
-TEST_F(ImageLoaderTest, BrokenFilesAreUnreadable)
+TEST_F(ImageSourceTest, BrokenFilesAreUnreadable)
 {
     save(photoLike(300, 200), path("whole.jpg"));
     const QByteArray whole = readFile(path("whole.jpg"));
@@ -151,13 +159,60 @@ TEST_F(ImageLoaderTest, BrokenFilesAreUnreadable)
     }
 }
 
-TEST_F(ImageLoaderTest, HeaderClaimingBillionsOfPixelsIsRefusedBeforeDecoding)
+// Files that claim more than they hold are refused at the header, before anything is
+// allocated: each of these once kept an entry busy for many seconds and gigabytes.
+TEST_F(ImageSourceTest, HostileHeadersAreRefusedBeforeAnyLargeAllocation)
 {
     writeFile(path("huge.png"), pngClaiming(100'000, 100'000));
-    expectUnreadable(path("huge.png"));
-    try {
-        uprightImageSize(path("huge.png"));
-        ADD_FAILURE() << "the size of a 10-gigapixel header was accepted";
-    } catch (const OperationError&) {
+    const QStringList hostile{path("huge.png"),
+                              QStringLiteral(WENDREL_TEST_DATA "/png-text-chunk-claiming-2GiB.png")};
+    for (const QString& file : hostile) {
+        expectUnreadable(file);
+        try {
+            ImageSource{file};
+            ADD_FAILURE() << "opened " << file.toStdString();
+        } catch (const OperationError&) {
+        }
     }
+    // Not a regular file: a pipe named like a picture is refused, not waited on.
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path("pipe.png")).constData(), 0600), 0);
+    expectUnreadable(path("pipe.png"));
+}
+
+TEST(PngStructure, ChunksThatClaimMoreThanTheFileHoldsAreFaults)
+{
+    struct Row {
+        const char* name;
+        QByteArray bytes;
+        bool sound;
+    };
+    const QByteArray text = pngChunk("tEXt", "Comment\0hello");
+    const QList<Row> rows{
+        {"a plain picture", pngClaiming(4, 4), true},
+        {"with a text chunk", pngClaiming(4, 4, text), true},
+        {"not a PNG at all", "GIF89a....", true},
+        {"a chunk claiming 2 GiB", pngClaiming(4, 4, pngChunk("tEXt", "x", 0x7fffffff)), false},
+        {"a chunk past the end", pngClaiming(4, 4, pngChunk("zTXt", "x", 4000)), false},
+        {"beyond the format's limit", pngClaiming(4, 4, pngChunk("iCCP", "x", 0x80000001)), false},
+        {"a side chunk over the limit", pngClaiming(4, 4, pngChunk("eXIf", QByteArray(300, 'x'))), false},
+        {"cut inside a chunk header", pngClaiming(4, 4).left(20), false},
+    };
+    for (const Row& row : rows) {
+        QByteArray bytes = row.bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        EXPECT_EQ(!pngStructureProblem(buffer, 256).has_value(), row.sound) << row.name;
+    }
+}
+
+// Cancelling stops the reading of a picture: from the start, or once it is open.
+TEST_F(ImageSourceTest, CancellationStopsTheReading)
+{
+    save(photoLike(2000, 1500), path("photo.png"));
+    bool cancelled = false;
+    ImageSource source(path("photo.png"), [&] { return cancelled; });
+    EXPECT_EQ(source.uprightSize(), QSize(2000, 1500));
+    cancelled = true;
+    EXPECT_THROW(source.decode(), OperationCancelled);
+    EXPECT_THROW(ImageSource(path("photo.png"), [] { return true; }), OperationCancelled);
 }

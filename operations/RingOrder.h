@@ -1,16 +1,15 @@
-#include "CatalogOrder.h"
+#pragma once
 
-#include <QHash>
-
-#include <climits>
+#include <cstddef>
+#include <string_view>
 
 namespace wendrel {
 
-namespace {
-
-// The order of the entries on each ring. Ids from different rings never collide, so one list
-// serves all three; only the relative order within a ring matters.
-constexpr const char* ringOrder[] = {
+// The order of the entries on each ring, the one place it is written. Ids from different rings
+// never collide, so one list serves all three; only the relative order within a ring matters.
+// An entry's registration names its id, and EntryId finds the rank here when compiling: an id
+// missing from this list doesn't compile.
+inline constexpr std::string_view ringOrder[] = {
     // convert: images, PDFs to other formats, media, documents, spreadsheets, subtitles, archives
     "image.jpg", "image.png", "image.heic", "image.webp", "image.avif", "image.tiff", "image.bmp",
     "image.gif", "image.jxl", "image.ico", "image.pdf",
@@ -34,21 +33,17 @@ constexpr const char* ringOrder[] = {
     "action.terminal", "action.reveal",
 };
 
-QHash<QString, int> makeRanks()
-{
-    QHash<QString, int> ranks;
-    int rank = 0;
-    for (const char* id : ringOrder)
-        ranks.insert(QString::fromLatin1(id), rank++);
-    return ranks;
-}
+// After every listed entry: ids the list doesn't know keep their registration order there.
+inline constexpr int unlistedRank = static_cast<int>(std::size(ringOrder));
 
-}  // namespace
-
-int catalogRank(const QString& id)
+// The place of `id` in ringOrder, or unlistedRank.
+constexpr int ringRankOf(std::string_view id)
 {
-    static const QHash<QString, int> ranks = makeRanks();
-    return ranks.value(id, INT_MAX);
+    for (std::size_t rank = 0; rank < std::size(ringOrder); ++rank) {
+        if (ringOrder[rank] == id)
+            return static_cast<int>(rank);
+    }
+    return unlistedRank;
 }
 
 }  // namespace wendrel

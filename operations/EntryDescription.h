@@ -1,0 +1,24 @@
+#pragma once
+
+#include "ContentType.h"
+#include "EntryId.h"
+#include "RingKind.h"
+
+#include <QList>
+#include <QString>
+
+namespace wendrel {
+
+// What every ring entry, leaf or group, says about itself: written once at its registration,
+// read by the ring, the command line and the help.
+struct EntryDescription {
+    EntryId id;
+    QString title;      // shown on the segment
+    QString symbol;     // the icon's design name, "photo"
+    RingKind ring = RingKind::convert;
+    QList<ContentType> inputs;    // a file fits if its type conforms to one of these
+    QList<ContentType> excludes;  // ...and conforms to none of these
+    QString description;          // one line of help
+};
+
+}  // namespace wendrel
