@@ -6,18 +6,22 @@ namespace wendrel {
 
 namespace {
 
-// Each condition names the mode under its stored spelling.
-PromptCondition whenMode(const char* mode)
+using Settings = CompressionSettings;
+
+// Shows a field only in one mode.
+PromptCondition whenMode(Settings::Mode mode)
 {
-    return {QStringLiteral("mode"), {QJsonValue(QLatin1String(mode))}};
+    return {recordKey(&Settings::mode), {storedSpelling(&Settings::mode, mode)}};
 }
+
+QJsonValue spelling(Settings::Mode mode) { return storedSpelling(&Settings::mode, mode); }
+QJsonValue spelling(Settings::Format format) { return storedSpelling(&Settings::format, format); }
 
 }  // namespace
 
 PromptRequest compressionSettingsView(const CompressionSettings& startingValues, qsizetype fileCount)
 {
-    const QJsonObject values = startingValues.toJson();
-    const auto value = [&](const char* key) { return values.value(QLatin1String(key)); };
+    const auto value = [&](auto member) { return recordValue(startingValues, member); };
     const auto pixels = [](int side) {
         return PromptChoice{side, imagingText("%1 px").arg(side)};
     };
@@ -25,58 +29,58 @@ PromptRequest compressionSettingsView(const CompressionSettings& startingValues,
     QList<PromptField> fields{
         {
             .kind = PromptField::Kind::choice,
-            .key = QStringLiteral("mode"),
+            .key = recordKey(&Settings::mode),
             .label = imagingText("Mode"),
             .option = QStringLiteral("mode"),
-            .value = value("mode"),
+            .value = value(&Settings::mode),
             .choices = {
-                {QStringLiteral("targetSize"), imagingText("To file size"), {QStringLiteral("size"), QStringLiteral("target")}},
-                {QStringLiteral("reduceBy"), imagingText("Reduce by percent"), {QStringLiteral("reduce"), QStringLiteral("percent")}},
-                {QStringLiteral("quality"), imagingText("By quality")},
+                {spelling(Settings::Mode::targetSize), imagingText("To file size"), {QStringLiteral("size"), QStringLiteral("target")}},
+                {spelling(Settings::Mode::reduceBy), imagingText("Reduce by percent"), {QStringLiteral("reduce"), QStringLiteral("percent")}},
+                {spelling(Settings::Mode::quality), imagingText("By quality")},
             },
             .choiceStyle = PromptField::ChoiceStyle::segmented,
         },
         {
             .kind = PromptField::Kind::number,
-            .key = QStringLiteral("targetMB"),
+            .key = recordKey(&Settings::targetMB),
             .label = imagingText("Size"),
             .option = QStringLiteral("target-mb"),
-            .value = value("targetMB"),
+            .value = value(&Settings::targetMB),
             .minimum = 0.01,
             .maximum = 10'000,
             .decimals = 2,
             .step = 0.1,
             .unit = imagingText("MB or less"),
-            .shownWhen = whenMode("targetSize"),
+            .shownWhen = whenMode(Settings::Mode::targetSize),
         },
         {
             .kind = PromptField::Kind::slider,
-            .key = QStringLiteral("reducePercent"),
+            .key = recordKey(&Settings::reducePercent),
             .label = imagingText("Smaller by"),
             .option = QStringLiteral("reduce"),
-            .value = value("reducePercent"),
+            .value = value(&Settings::reducePercent),
             .minimum = 1,
             .maximum = 99,
             .valueFormat = imagingText("Smaller by %1%"),
-            .shownWhen = whenMode("reduceBy"),
+            .shownWhen = whenMode(Settings::Mode::reduceBy),
         },
         {
             .kind = PromptField::Kind::slider,
-            .key = QStringLiteral("qualityPercent"),
+            .key = recordKey(&Settings::qualityPercent),
             .label = imagingText("Quality"),
             .option = QStringLiteral("quality"),
-            .value = value("qualityPercent"),
+            .value = value(&Settings::qualityPercent),
             .minimum = 1,
             .maximum = 100,
             .valueFormat = imagingText("Quality %1%"),
-            .shownWhen = whenMode("quality"),
+            .shownWhen = whenMode(Settings::Mode::quality),
         },
         {
             .kind = PromptField::Kind::choice,
-            .key = QStringLiteral("maxDimension"),
+            .key = recordKey(&Settings::maxDimension),
             .label = imagingText("Longest side"),
             .option = QStringLiteral("max-dimension"),
-            .value = value("maxDimension"),
+            .value = value(&Settings::maxDimension),
             .minimum = 1,
             .maximum = 100'000,
             .unit = imagingText("px"),
@@ -88,13 +92,13 @@ PromptRequest compressionSettingsView(const CompressionSettings& startingValues,
         },
         {
             .kind = PromptField::Kind::choice,
-            .key = QStringLiteral("format"),
+            .key = recordKey(&Settings::format),
             .label = imagingText("Format"),
             .option = QStringLiteral("format"),
-            .value = value("format"),
+            .value = value(&Settings::format),
             .choices = {
-                {QStringLiteral("jpeg"), imagingText("JPEG"), {QStringLiteral("jpg")}},
-                {QStringLiteral("heic"), imagingText("HEIC"), {QStringLiteral("heif")}},
+                {spelling(Settings::Format::jpeg), imagingText("JPEG"), {QStringLiteral("jpg")}},
+                {spelling(Settings::Format::heic), imagingText("HEIC"), {QStringLiteral("heif")}},
             },
         },
     };

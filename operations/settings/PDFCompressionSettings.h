@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QualityLevel.h"
+#include "RecordFields.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -17,6 +18,28 @@ struct PDFCompressionSettings {
     QualityLevel quality = QualityLevel::balanced;
     double targetMB = 2.0;   // megabytes of 1,000,000 bytes
     bool rasterize = false;  // "Save pages as images"
+
+    static constexpr RawValues<Mode, const char*, 2> modeSpellings{{
+        {Mode::quality, "quality"},
+        {Mode::targetSize, "targetSize"},
+    }};
+    static constexpr RawValues<QualityLevel, const char*, 3> qualitySpellings{{
+        {QualityLevel::high, "high"},
+        {QualityLevel::balanced, "balanced"},
+        {QualityLevel::small, "small"},
+    }};
+
+    // The stored form: each member's key, once.
+    static auto fields()
+    {
+        using Self = PDFCompressionSettings;
+        return std::tuple{
+            field("mode", &Self::mode, modeSpellings),
+            field("quality", &Self::quality, qualitySpellings),
+            field("targetMB", &Self::targetMB),
+            field("rasterize", &Self::rasterize),
+        };
+    }
 
     static QString defaultsKey() { return QStringLiteral("pdfCompressionSettings"); }
     static std::optional<PDFCompressionSettings> fromJson(const QJsonObject& object);

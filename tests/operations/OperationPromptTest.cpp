@@ -25,30 +25,32 @@ using Kind = PromptField::Kind;
 // the size in the other, and the switch's caption follows its state.
 PromptRequest pdfCompressionView(const PDFCompressionSettings& settings, qsizetype fileCount)
 {
-    const QJsonObject values = settings.toJson();
-    const PromptCondition quality{QStringLiteral("mode"), {QStringLiteral("quality")}};
-    const PromptCondition targetSize{QStringLiteral("mode"), {QStringLiteral("targetSize")}};
+    using S = PDFCompressionSettings;
+    const auto whenMode = [](S::Mode mode) {
+        return PromptCondition{recordKey(&S::mode), {storedSpelling(&S::mode, mode)}};
+    };
+    const auto quality = [](QualityLevel level) { return storedSpelling(&S::quality, level); };
     return {
         .title = QStringLiteral("Compress"),
         .message = fileCount == 1 ? QStringLiteral("Compress PDF") : QStringLiteral("Compress %1 PDFs").arg(fileCount),
         .fields = {
-            {.kind = Kind::choice, .key = QStringLiteral("mode"), .label = QStringLiteral("Mode"),
-             .option = QStringLiteral("mode"), .value = values.value(QStringLiteral("mode")),
-             .choices = {{QStringLiteral("quality"), QStringLiteral("Quality")},
-                         {QStringLiteral("targetSize"), QStringLiteral("File size")}},
+            {.kind = Kind::choice, .key = recordKey(&S::mode), .label = QStringLiteral("Mode"),
+             .option = QStringLiteral("mode"), .value = recordValue(settings, &S::mode),
+             .choices = {{storedSpelling(&S::mode, S::Mode::quality), QStringLiteral("Quality")},
+                         {storedSpelling(&S::mode, S::Mode::targetSize), QStringLiteral("File size")}},
              .choiceStyle = PromptField::ChoiceStyle::segmented},
-            {.kind = Kind::choice, .key = QStringLiteral("quality"), .label = QStringLiteral("Quality"),
-             .option = QStringLiteral("quality"), .value = values.value(QStringLiteral("quality")),
-             .choices = {{QStringLiteral("high"), QStringLiteral("High")},
-                         {QStringLiteral("balanced"), QStringLiteral("Balanced")},
-                         {QStringLiteral("small"), QStringLiteral("Small")}},
-             .shownWhen = quality},
-            {.kind = Kind::number, .key = QStringLiteral("targetMB"), .label = QStringLiteral("Size"),
-             .option = QStringLiteral("target-mb"), .value = values.value(QStringLiteral("targetMB")),
+            {.kind = Kind::choice, .key = recordKey(&S::quality), .label = QStringLiteral("Quality"),
+             .option = QStringLiteral("quality"), .value = recordValue(settings, &S::quality),
+             .choices = {{quality(QualityLevel::high), QStringLiteral("High")},
+                         {quality(QualityLevel::balanced), QStringLiteral("Balanced")},
+                         {quality(QualityLevel::small), QStringLiteral("Small")}},
+             .shownWhen = whenMode(S::Mode::quality)},
+            {.kind = Kind::number, .key = recordKey(&S::targetMB), .label = QStringLiteral("Size"),
+             .option = QStringLiteral("target-mb"), .value = recordValue(settings, &S::targetMB),
              .minimum = 0.01, .maximum = 10'000, .decimals = 2, .unit = QStringLiteral("MB or less"),
-             .shownWhen = targetSize},
-            {.kind = Kind::toggle, .key = QStringLiteral("rasterize"), .label = QStringLiteral("Save pages as images"),
-             .option = QStringLiteral("pages-as-images"), .value = values.value(QStringLiteral("rasterize")),
+             .shownWhen = whenMode(S::Mode::targetSize)},
+            {.kind = Kind::toggle, .key = recordKey(&S::rasterize), .label = QStringLiteral("Save pages as images"),
+             .option = QStringLiteral("pages-as-images"), .value = recordValue(settings, &S::rasterize),
              .caption = QStringLiteral("Compresses the pictures inside the PDF. Text stays selectable."),
              .captionWhenOn = QStringLiteral("Strongest compression for scans. Text will no longer be selectable or searchable.")},
         },

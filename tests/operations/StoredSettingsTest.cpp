@@ -15,71 +15,48 @@ using namespace wendrel;
 
 namespace {
 
-// Stores raw JSON text under a key, as an older or a damaged build might have left it.
-void storeRaw(const QString& key, const char* json)
-{
-    SettingsStore::setText(key, QString::fromUtf8(json));
-}
-
 class StoredSettingsTest : public ::testing::Test {
 protected:
     void SetUp() override { QFile::remove(SettingsStore::filePath()); }
     void TearDown() override { QFile::remove(SettingsStore::filePath()); }
 };
 
-}  // namespace
-
-TEST_F(StoredSettingsTest, FreshInstallationReadsTheDefaults)
+template <typename Record>
+QByteArray storedText(const Record& record)
 {
-    const FormatSettings settings = FormatSettings::load();
-    EXPECT_EQ(settings.imageQuality, FormatSettings::ImageQuality::balanced);
-    EXPECT_TRUE(settings.keepMetadata);
-    EXPECT_EQ(settings.imageMaxDimension, 0);
-    EXPECT_EQ(settings.pdfLayout, FormatSettings::PDFLayout::editable);
-    EXPECT_TRUE(settings.recognizeScans);
-    EXPECT_EQ(settings.audioBitrate, 256);
-    EXPECT_EQ(settings.bitDepth, FormatSettings::BitDepth::matchSource);
-    EXPECT_EQ(settings.videoQuality, FormatSettings::VideoQuality::maximum);
-    EXPECT_EQ(settings.videoMaxHeight, 0);
-    EXPECT_EQ(settings.gifFPS, 15);
-    EXPECT_EQ(settings.gifMaxWidth, 640);
-
-    const CompressionSettings compression = CompressionSettings::load();
-    EXPECT_EQ(compression.mode, CompressionSettings::Mode::targetSize);
-    EXPECT_EQ(compression.targetMB, 1.0);
-    EXPECT_EQ(compression.reducePercent, 50.0);
-    EXPECT_EQ(compression.qualityPercent, 75.0);
-    EXPECT_EQ(compression.maxDimension, 0);
-    EXPECT_EQ(compression.format, CompressionSettings::Format::jpeg);
-
-    const PDFCompressionSettings pdf = PDFCompressionSettings::load();
-    EXPECT_EQ(pdf.mode, PDFCompressionSettings::Mode::quality);
-    EXPECT_EQ(pdf.quality, QualityLevel::balanced);
-    EXPECT_EQ(pdf.targetMB, 2.0);
-    EXPECT_FALSE(pdf.rasterize);
+    record.save();
+    return SettingsStore::text(Record::defaultsKey())->toUtf8();
 }
 
-TEST_F(StoredSettingsTest, SavedRecordsReadBackAndLiveUnderXdgConfigHome)
+}  // namespace
+
+// The stored form of the defaults, to the byte: every key, spelling and default value at once.
+// Changed records read back as they were saved, from the file under XDG_CONFIG_HOME.
+TEST_F(StoredSettingsTest, RecordsAreStoredUnderTheirKeysAndReadBack)
 {
+    EXPECT_EQ(storedText(FormatSettings{}),
+              R"({"audioBitrate":256,"bitDepth":0,"gifFPS":15,"gifMaxWidth":640,"imageMaxDimension":0,)"
+              R"("imageQuality":"balanced","keepMetadata":true,"pdfLayout":"editable","recognizeScans":true,)"
+              R"("videoMaxHeight":0,"videoQuality":"maximum"})");
+    EXPECT_EQ(storedText(CompressionSettings{}),
+              R"({"format":"jpeg","maxDimension":0,"mode":"targetSize","qualityPercent":75,"reducePercent":50,)"
+              R"("targetMB":1})");
+    EXPECT_EQ(storedText(PDFCompressionSettings{}),
+              R"({"mode":"quality","quality":"balanced","rasterize":false,"targetMB":2})");
+
     FormatSettings format;
     format.imageQuality = FormatSettings::ImageQuality::higher;
-    format.keepMetadata = false;
     format.bitDepth = FormatSettings::BitDepth::float32;
-    format.gifMaxWidth = 480;
     format.save();
-
     CompressionSettings compression;
     compression.mode = CompressionSettings::Mode::reduceBy;
     compression.reducePercent = 62.5;
     compression.format = CompressionSettings::Format::heic;
     compression.save();
-
     PDFCompressionSettings pdf;
-    pdf.mode = PDFCompressionSettings::Mode::targetSize;
     pdf.quality = QualityLevel::small;
     pdf.rasterize = true;
     pdf.save();
-
     EXPECT_EQ(FormatSettings::load(), format);
     EXPECT_EQ(CompressionSettings::load(), compression);
     EXPECT_EQ(PDFCompressionSettings::load(), pdf);
@@ -87,75 +64,56 @@ TEST_F(StoredSettingsTest, SavedRecordsReadBackAndLiveUnderXdgConfigHome)
     EXPECT_TRUE(QFileInfo::exists(SettingsStore::filePath()));
 }
 
-TEST_F(StoredSettingsTest, StoredFormUsesTheFieldNamesAndRawValues)
+// A record is read completely or not at all: anything missing, mistyped or unknown gives the
+// defaults, never a record merged field by field.
+TEST_F(StoredSettingsTest, DamagedRecordsGiveTheDefaults)
 {
-    FormatSettings format;
-    format.bitDepth = FormatSettings::BitDepth::float32;
-    format.save();
-    const QJsonObject stored =
-        QJsonDocument::fromJson(SettingsStore::text(QStringLiteral("formatSettings"))->toUtf8()).object();
-    EXPECT_EQ(stored.keys(),
-              (QStringList{QStringLiteral("audioBitrate"), QStringLiteral("bitDepth"), QStringLiteral("gifFPS"),
-                           QStringLiteral("gifMaxWidth"), QStringLiteral("imageMaxDimension"),
-                           QStringLiteral("imageQuality"), QStringLiteral("keepMetadata"),
-                           QStringLiteral("pdfLayout"), QStringLiteral("recognizeScans"),
-                           QStringLiteral("videoMaxHeight"), QStringLiteral("videoQuality")}));
-    EXPECT_EQ(stored.value(QStringLiteral("bitDepth")).toInt(), 33);
-    EXPECT_EQ(stored.value(QStringLiteral("imageQuality")).toString(), u"balanced");
-}
-
-TEST_F(StoredSettingsTest, RecordMissingAFieldGivesAllDefaults)
-{
-    // Written by an older version without gifMaxWidth: the stored fields are not kept either.
-    storeRaw(QStringLiteral("formatSettings"),
-             R"({"imageQuality":"higher","keepMetadata":false,"imageMaxDimension":1000,"pdfLayout":"original",)"
-             R"("recognizeScans":false,"audioBitrate":128,"bitDepth":24,"videoQuality":"smaller",)"
-             R"("videoMaxHeight":720,"gifFPS":10})");
-    EXPECT_EQ(FormatSettings::load(), FormatSettings{});
-}
-
-TEST_F(StoredSettingsTest, BitDepthCodeDecidesTheCase)
-{
-    const char* prefix =
+    const QByteArray format =
         R"({"imageQuality":"balanced","keepMetadata":true,"imageMaxDimension":0,"pdfLayout":"editable",)"
-        R"("recognizeScans":true,"audioBitrate":256,"videoQuality":"maximum","videoMaxHeight":0,"gifFPS":15,)"
-        R"("gifMaxWidth":320,"bitDepth":)";
-    storeRaw(QStringLiteral("formatSettings"), (std::string(prefix) + "33}").c_str());
-    EXPECT_EQ(FormatSettings::load().bitDepth, FormatSettings::BitDepth::float32);
-    EXPECT_EQ(FormatSettings::load().gifMaxWidth, 320);
-
-    storeRaw(QStringLiteral("formatSettings"), (std::string(prefix) + "8}").c_str());
-    EXPECT_EQ(FormatSettings::load(), FormatSettings{});
-}
-
-TEST_F(StoredSettingsTest, WrongTypesAndUnknownCasesGiveDefaults)
-{
-    const char* damaged[] = {
-        R"({"mode":"smallest","targetMB":1.5,"reducePercent":50,"qualityPercent":75,"maxDimension":0,"format":"jpeg"})",
-        R"({"mode":"quality","targetMB":"1.5","reducePercent":50,"qualityPercent":75,"maxDimension":0,"format":"jpeg"})",
-        R"({"mode":"quality","targetMB":1.5,"reducePercent":50,"qualityPercent":75,"maxDimension":10.5,"format":"jpeg"})",
-        R"({"mode":"quality","targetMB":1.5,"reducePercent":50,"qualityPercent":75,"maxDimension":0,"format":null})",
-        R"(["mode","quality"])",
-        R"({"mode":"quality", truncated)",
-        "",
+        R"("recognizeScans":true,"audioBitrate":256,"videoQuality":"maximum","videoMaxHeight":0,"gifFPS":15,)";
+    struct Row {
+        const char* key;
+        QByteArray json;
+        bool readsAsStored;  // false: the defaults
     };
-    for (const char* json : damaged) {
-        storeRaw(QStringLiteral("compressionSettings"), json);
-        EXPECT_EQ(CompressionSettings::load(), CompressionSettings{}) << json;
+    const QList<Row> rows{
+        {"formatSettings", format + R"("gifMaxWidth":320,"bitDepth":33})", true},
+        {"formatSettings", format + R"("gifMaxWidth":320,"bitDepth":8})", false},  // no such depth
+        {"formatSettings", format + R"("bitDepth":24})", false},                   // written before gifMaxWidth
+        {"pdfCompressionSettings", R"({"mode":"targetSize","quality":"high","targetMB":3,"rasterize":true,"later":1})",
+         true},
+        {"pdfCompressionSettings", R"({"mode":"quality","quality":"balanced","targetMB":3,"rasterize":1})", false},
+        {"compressionSettings",
+         R"({"mode":"smallest","targetMB":1.5,"reducePercent":50,"qualityPercent":75,"maxDimension":0,"format":"jpeg"})",
+         false},
+        {"compressionSettings",
+         R"({"mode":"quality","targetMB":"1.5","reducePercent":50,"qualityPercent":75,"maxDimension":0,"format":"jpeg"})",
+         false},
+        {"compressionSettings",
+         R"({"mode":"quality","targetMB":1.5,"reducePercent":50,"qualityPercent":75,"maxDimension":10.5,"format":"jpeg"})",
+         false},
+        {"compressionSettings",
+         R"({"mode":"quality","targetMB":1.5,"reducePercent":50,"qualityPercent":75,"maxDimension":0,"format":null})",
+         false},
+        {"compressionSettings", R"(["mode","quality"])", false},
+        {"compressionSettings", R"({"mode":"quality", truncated)", false},
+        {"compressionSettings", "", false},
+    };
+    for (const Row& row : rows) {
+        SettingsStore::setText(QLatin1String(row.key), QString::fromUtf8(row.json));
+        const QJsonObject stored = QJsonDocument::fromJson(row.json).object();
+        if (QLatin1String(row.key) == u"formatSettings") {
+            EXPECT_EQ(FormatSettings::load(), row.readsAsStored ? *FormatSettings::fromJson(stored) : FormatSettings{})
+                << row.json.constData();
+        } else if (QLatin1String(row.key) == u"pdfCompressionSettings") {
+            EXPECT_EQ(PDFCompressionSettings::load(),
+                      row.readsAsStored ? *PDFCompressionSettings::fromJson(stored) : PDFCompressionSettings{})
+                << row.json.constData();
+        } else {
+            EXPECT_EQ(CompressionSettings::load(), CompressionSettings{}) << row.json.constData();
+        }
     }
-    storeRaw(QStringLiteral("pdfCompressionSettings"),
-             R"({"mode":"quality","quality":"balanced","targetMB":3,"rasterize":1})");
-    EXPECT_EQ(PDFCompressionSettings::load(), PDFCompressionSettings{});
-}
-
-TEST_F(StoredSettingsTest, ExtraFieldsAreIgnoredAndWholeNumbersReadAsDoubles)
-{
-    storeRaw(QStringLiteral("pdfCompressionSettings"),
-             R"({"mode":"targetSize","quality":"high","targetMB":3,"rasterize":true,"addedLater":"x"})");
-    PDFCompressionSettings expected;
-    expected.mode = PDFCompressionSettings::Mode::targetSize;
-    expected.quality = QualityLevel::high;
-    expected.targetMB = 3.0;
-    expected.rasterize = true;
-    EXPECT_EQ(PDFCompressionSettings::load(), expected);
+    EXPECT_EQ(FormatSettings::fromJson(QJsonDocument::fromJson(format + R"("gifMaxWidth":320,"bitDepth":33})").object())
+                  ->bitDepth,
+              FormatSettings::BitDepth::float32);
 }
