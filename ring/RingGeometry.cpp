@@ -36,6 +36,13 @@ double pointerAngle(double dx, double dy)
 
 double segmentAngle(int index, int count) { return count > 0 ? index * fullTurn / count : 0; }
 
+double labelWidth(int count, double radius, double widest)
+{
+    constexpr double gap = 6;
+    const double halfSpan = std::min(std::numbers::pi / 2, std::numbers::pi / std::max(count, 1));
+    return std::clamp(2 * radius * std::sin(halfSpan) - gap, 0.0, widest);
+}
+
 std::optional<int> segmentAt(double dx, double dy, int count)
 {
     if (count <= 0)

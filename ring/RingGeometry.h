@@ -20,6 +20,12 @@ double pointerAngle(double dx, double dy);
 // The angle a segment is centred on, for `count` segments.
 double segmentAngle(int index, int count);
 
+// The width a segment's title may take, centred `radius` from the centre: the segment's chord
+// there less a small gap, at most `widest`. One segment spans the whole ring, so its title gets
+// the widest line rather than the chord of a full turn, which is none: any segment spanning
+// half the ring or more is at least a diameter wide.
+double labelWidth(int count, double radius, double widest);
+
 // The segment under an offset from the centre: only the band between the centre disc and
 // the outer edge (both edges excluded) hits, each segment spanning half a step either side of
 // its centre.

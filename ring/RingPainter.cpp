@@ -44,6 +44,21 @@ QPainterPath sector(double fromAngle, double toAngle, double inner, double outer
     return path;
 }
 
+// The band a segment covers, `inset` (radians) short of its neighbours; a lone segment is the
+// whole band, with no seam where a sector would start and end.
+QPainterPath segmentShape(int index, int count, double inset, double inner, double outer)
+{
+    if (count == 1) {
+        QPainterPath band;
+        band.addEllipse(centre, outer, outer);
+        band.addEllipse(centre, inner, inner);  // odd-even fill: the disc inside stays clear
+        return band;
+    }
+    const double angle = segmentAngle(index, count);
+    const double halfStep = std::numbers::pi / count;
+    return sector(angle - halfStep + inset, angle + halfStep - inset, inner, outer);
+}
+
 QFont fontOf(int pixelSize, QFont::Weight weight)
 {
     QFont font;
@@ -151,16 +166,14 @@ void RingPainter::paintSegments(QPainter& painter) const
     const double step = 2 * std::numbers::pi / count;
     const std::optional<int> hovered = m_model.hoveredIndex();
     if (hovered && *hovered < count) {
-        const double angle = segmentAngle(*hovered, count);
         painter.setPen(Qt::NoPen);
         painter.setBrush(m_theme.accent);
-        painter.drawPath(sector(angle - step / 2 + 0.004, angle + step / 2 - 0.004, innerRadius + 3, outerRadius - 3));
+        painter.drawPath(segmentShape(*hovered, count, 0.004, innerRadius + 3, outerRadius - 3));
     }
     if (const std::optional<int> group = m_model.openGroupIndex()) {
-        const double angle = segmentAngle(*group, count);
         painter.setPen(QPen(m_theme.accent, 2));
         painter.setBrush(Qt::NoBrush);
-        painter.drawPath(sector(angle - step / 2 + 0.01, angle + step / 2 - 0.01, innerRadius + 4, outerRadius - 4));
+        painter.drawPath(segmentShape(*group, count, 0.01, innerRadius + 4, outerRadius - 4));
     }
 
     // Hairlines between segments.
@@ -174,7 +187,7 @@ void RingPainter::paintSegments(QPainter& painter) const
 
     const QFont titleFont = fontOf(11, QFont::DemiBold);
     const QFontMetricsF metrics(titleFont);
-    const double titleWidth = std::min(96.0, 2 * labelRadius * std::sin(step / 2) - 6);
+    const double titleWidth = labelWidth(count, labelRadius, 96);
     for (int index = 0; index < count; ++index) {
         const bool isHovered = hovered == index;
         const QColor colour = isHovered ? m_theme.onAccent : m_theme.text;

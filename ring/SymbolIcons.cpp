@@ -36,7 +36,7 @@ const QHash<QString, QString>& iconNames()
         {QStringLiteral("rotate.right"), QStringLiteral("rotate-cw")},
         {QStringLiteral("rotate.left"), QStringLiteral("rotate-ccw")},
         {QStringLiteral("arrow.left.and.right.righttriangle.left.righttriangle.right"),
-         QStringLiteral("flip-horizontal-2")},
+         QStringLiteral("flip-left-right")},
         {QStringLiteral("crop"), QStringLiteral("crop")},
         {QStringLiteral("rectangle.inset.filled"), QStringLiteral("frame")},
         {QStringLiteral("circle.lefthalf.filled"), QStringLiteral("contrast")},

@@ -41,5 +41,10 @@ done
 python3 tests/e2e/triggers_e2e.py build/app/wendrel build/tests/wendrel-drag-source build/tests/e2e-tools/nemo "$work/drag"
 cp "$work/drag/ring-drag.png" "$out/ring-drag-light.png"
 
+# Every segment count from 1 to 10, the last segment hovered, drawn by the painter's own test.
+mkdir -p "$out/segments"
+WENDREL_SEGMENT_SHOTS="$PWD/$out/segments" tests/support/run-with-xvfb.sh build/tests/ring_view_tests \
+    --gtest_filter='RingPainter.EverySegmentCountShowsEveryTitle' >/dev/null
+
 echo "Screenshots in $out:"
 ls -1 "$out"
