@@ -4,7 +4,6 @@
 #include "operations/JobRunner.h"
 #include "operations/Logging.h"
 #include "operations/OperationCatalog.h"
-#include "operations/settings/SettingsStore.h"
 
 #include <algorithm>
 
@@ -127,12 +126,15 @@ void RingModel::closeGroup()
     Q_EMIT changed();
 }
 
-void RingModel::run(int index, const std::optional<QStringList>& files)
+void RingModel::activate(int index, const std::optional<QStringList>& files)
 {
     const QList<FileOperationPtr> visible = visibleOperations();
     if (index < 0 || index >= visible.size())
         return;
-    startRun(visible[index], files.value_or(m_urls));
+    if (visible[index]->isGroup())
+        openGroup(index);
+    else
+        startRun(visible[index], files.value_or(m_urls));
 }
 
 void RingModel::runChild(int index, const std::optional<QStringList>& files)
@@ -186,13 +188,13 @@ std::optional<int> RingModel::childAt(double dx, double dy) const
 
 void RingModel::onJobEnded(const JobRequest& request, const JobReport& report)
 {
-    const bool feedback = SettingsStore::value(QStringLiteral("feedbackEnabled"), true).toBool();
+    const bool sounds = m_feedback.sounds && (!m_feedback.wanted || m_feedback.wanted());
     if (!report.succeeded) {
-        if (feedback && m_sounds)
-            m_sounds->playFailure();
+        if (sounds)
+            m_feedback.sounds->playFailure();
     } else {
-        if (feedback && m_sounds)
-            m_sounds->playSuccess();
+        if (sounds)
+            m_feedback.sounds->playSuccess();
         Q_EMIT jobFinished({request.operation->id(), m_runRing, m_runClickMode, request.paths, report.results});
     }
     if (onFinished)

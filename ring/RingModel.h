@@ -71,10 +71,11 @@ public:
     void openGroup(int index);
     void closeGroup();
 
-    // Runs the entry at `index` of the current page for `files`, or for the ring's files.
-    // An index off the page does nothing. An entry that refuses one of the files does not
-    // run: the job fails with "<title> doesn't work with this file".
-    void run(int index, const std::optional<QStringList>& files = std::nullopt);
+    // Segment `index` of the page was chosen, by a click, a digit key or a drop, for `files` or
+    // the ring's files: a group opens to show its children, any other entry runs. An index off
+    // the page does nothing. An entry that refuses one of the files does not run: the job
+    // fails with "<title> doesn't work with this file".
+    void activate(int index, const std::optional<QStringList>& files = std::nullopt);
 
     // Runs the child at `index` of the open group.
     void runChild(int index, const std::optional<QStringList>& files = std::nullopt);
@@ -87,8 +88,13 @@ public:
     // Called after every completed run: the controller closes or fades the ring.
     std::function<void()> onFinished;
 
-    // Played after every run when "feedbackEnabled" is on (the default).
-    void setFeedbackSounds(FeedbackSounds* sounds) { m_sounds = sounds; }
+    // The sound after every run, when `wanted` says so at the run's end (read then, so a change
+    // of the setting counts at once). Without sounds, runs end silently.
+    struct Feedback {
+        FeedbackSounds* sounds = nullptr;
+        std::function<bool()> wanted;
+    };
+    void setFeedback(Feedback feedback) { m_feedback = std::move(feedback); }
 
     // Asks the user, for entries that want choices before they run (Compress: its target).
     // None means the user cancelled, and nothing runs. Without an asker, entries run with
@@ -113,7 +119,7 @@ private:
 
     const OperationCatalog& m_catalog;
     JobRunner& m_runner;
-    FeedbackSounds* m_sounds = nullptr;
+    Feedback m_feedback;
 
     RingKind m_kind = RingKind::convert;
     QStringList m_urls;

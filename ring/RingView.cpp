@@ -132,13 +132,8 @@ void RingView::activate(QPointF position, const std::optional<QStringList>& file
         m_model.runChild(*child, files);
         return;
     }
-    if (segment < 0)
-        return;
-    if (m_model.visibleOperations()[segment]->isGroup()) {
-        m_model.openGroup(segment);
-        return;
-    }
-    m_model.run(segment, files);
+    if (segment >= 0)
+        m_model.activate(segment, files);
 }
 
 void RingView::mouseMoveEvent(QMouseEvent* event) { updateHover(event->position()); }
@@ -164,7 +159,7 @@ void RingView::keyPressEvent(QKeyEvent* event)
     } else if (key == Qt::Key_Tab || key == Qt::Key_Backtab) {
         m_model.switchRing();
     } else if (key >= Qt::Key_1 && key <= Qt::Key_9) {
-        m_model.run(key - Qt::Key_1);
+        m_model.activate(key - Qt::Key_1);
     } else {
         QWidget::keyPressEvent(event);
     }

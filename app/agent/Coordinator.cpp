@@ -5,6 +5,7 @@
 #include "app/dialogs/PromptDialog.h"
 #include "app/shell/FileManagerIntegration.h"
 #include "operations/Logging.h"
+#include "operations/settings/SettingsStore.h"
 #include "triggers/RingKeyBindings.h"
 
 #include <QApplication>
@@ -19,7 +20,8 @@ namespace wendrel {
 Coordinator::Coordinator(QObject* parent) : QObject(parent)
 {
     registerAllOperations(m_catalog);
-    m_ring.model().setFeedbackSounds(&m_sounds);
+    m_ring.model().setFeedback(
+        {&m_sounds, [] { return SettingsStore::value(QStringLiteral("feedbackEnabled"), true).toBool(); }});
     m_ring.model().askUser = [this](const PromptRequest& request) { return askUser(request, &m_ring.view()); };
     connect(&m_ring.model(), &RingModel::jobFinished, &m_bus, &JobEventBus::publish);
     connect(&m_channel, &AgentChannel::requestReceived, this, &Coordinator::handle);

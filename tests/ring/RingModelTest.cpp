@@ -47,7 +47,7 @@ protected:
         other = folder.filePath(QStringLiteral("other.txt"));
         writeFile(text, "notes");
         writeFile(other, "other");
-        model.setFeedbackSounds(&sounds);
+        model.setFeedback({&sounds, [this] { return soundsWanted; }});
         model.onFinished = [this] { ++finishedCalls; };
     }
 
@@ -73,6 +73,7 @@ protected:
     JobRunner runner;
     RingModel model{catalog, runner};
     CountingSounds sounds;
+    bool soundsWanted = true;
     int finishedCalls = 0;
     const RingModel::TimePoint start = std::chrono::steady_clock::now();
 };
@@ -156,6 +157,13 @@ TEST_F(RingModelTest, RestingOnAGroupOpensItAfterTheDwell)
 
     model.switchRing();
     EXPECT_EQ(model.openGroupIndex(), std::nullopt);
+
+    // Chosen outright, by a digit, a click or a drop, a group opens at once and nothing runs.
+    model.load(RingKind::tools, {text}, true, false);
+    model.activate(0);
+    EXPECT_EQ(model.openGroupIndex(), 0);
+    EXPECT_FALSE(runner.status().isRunning());
+    EXPECT_EQ(runner.status().state, JobStatus::State::idle);
 }
 
 TEST_F(RingModelTest, DwellOnALeafAndOutOfRangeIndexesChangeNothing)
@@ -166,8 +174,8 @@ TEST_F(RingModelTest, DwellOnALeafAndOutOfRangeIndexesChangeNothing)
     model.advanceTime(start + 1s);
     EXPECT_EQ(model.openGroupIndex(), std::nullopt);
     model.openGroup(7);
-    model.run(7);
-    model.run(-1);
+    model.activate(7);
+    model.activate(-1);
     EXPECT_FALSE(runner.status().isRunning());
     EXPECT_EQ(finishedCalls, 0);
 }
@@ -177,7 +185,7 @@ TEST_F(RingModelTest, SuccessfulRunPlaysPopAndAnnouncesTheJob)
     addEntries(1);
     model.load(RingKind::tools, {text}, true, false);
     QSignalSpy announced(&model, &RingModel::jobFinished);
-    model.run(0);
+    model.activate(0);
     waitForJob();
 
     ASSERT_EQ(announced.size(), 1);
@@ -197,7 +205,7 @@ TEST_F(RingModelTest, RefusedFileFailsWithTheEntrysTitleAndNoEvent)
     writeFile(folder.filePath(QStringLiteral("blob.qqzx")), QByteArray("\1\2\3", 3));
     model.load(RingKind::tools, {text}, false, false);
     QSignalSpy announced(&model, &RingModel::jobFinished);
-    model.run(0, QStringList{text, folder.filePath(QStringLiteral("blob.qqzx"))});
+    model.activate(0, QStringList{text, folder.filePath(QStringLiteral("blob.qqzx"))});
 
     EXPECT_EQ(runner.status().state, JobStatus::State::failed);
     EXPECT_EQ(runner.status().message, u"Resize 50% doesn't work with this file");
@@ -210,10 +218,10 @@ TEST_F(RingModelTest, RefusedFileFailsWithTheEntrysTitleAndNoEvent)
 
 TEST_F(RingModelTest, FeedbackSwitchSilencesTheSounds)
 {
-    SettingsStore::setValue(QStringLiteral("feedbackEnabled"), false);
+    soundsWanted = false;
     addEntries(1);
     model.load(RingKind::tools, {text}, false, false);
-    model.run(0);
+    model.activate(0);
     waitForJob();
     EXPECT_EQ(sounds.successes, 0);
     EXPECT_EQ(finishedCalls, 1);
@@ -243,7 +251,7 @@ TEST_F(RingModelTest, EntriesThatAskRunWithTheAnswersOrNotAtAll)
     model.load(RingKind::tools, {text}, true, false);
 
     model.askUser = [](const PromptRequest&) { return std::optional<QJsonObject>(); };
-    model.run(0);
+    model.activate(0);
     EXPECT_FALSE(runner.status().isRunning());
     EXPECT_EQ(finishedCalls, 0);
     EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("copy.txt"))));
@@ -251,7 +259,7 @@ TEST_F(RingModelTest, EntriesThatAskRunWithTheAnswersOrNotAtAll)
     model.askUser = [](const PromptRequest&) {
         return std::optional<QJsonObject>(QJsonObject{{QStringLiteral("word"), QStringLiteral("yes")}});
     };
-    model.run(0);
+    model.activate(0);
     waitForJob();
     EXPECT_EQ(seenAnswers.value(QStringLiteral("word")).toString(), u"yes");
     EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("copy.txt"))));
