@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <cmath>
+
 #include <functional>
 #include <optional>
 
@@ -11,9 +13,12 @@ namespace wendrel {
 
 // The picture being compressed, as the search sees it: it can be encoded at a quality from
 // 0 to 1 (nothing when the encoder fails), and shrunk to three quarters of each side.
+// `setting` is what the encoder makes of a quality (a whole percentage for JPEG): qualities
+// with the same setting give the same bytes, and a higher setting never gives fewer bytes.
 struct SearchablePicture {
     std::function<std::optional<QByteArray>(double quality)> encode;
     std::function<void()> shrinkToThreeQuarters;
+    std::function<int(double quality)> setting = [](double quality) { return int(std::lround(quality * 100)); };
 };
 
 struct CompressionResult {
@@ -32,11 +37,15 @@ std::optional<qint64> compressionTarget(const CompressionSettings& settings, qin
 double qualityModeQuality(double qualityPercent);
 
 // The highest quality that meets `targetBytes`, at the largest scale that can meet it:
-// a binary search of seven encodes between 0.05 and 0.95 (first 0.5), and while none fits,
+// a binary search of seven steps between 0.05 and 0.95 (first 0.5), and while none fits,
 // the picture shrunk to three quarters and searched again, up to eight searches. When even
 // that fails, the picture shrunk eight times is encoded at 0.05 whatever its size.
-// A failing encoder ends a search early. Only the chosen bytes are kept.
-// Returns nothing when the final encode fails.
+// The search returns what that binary search returns, with fewer encodes: sizes already seen
+// answer its questions where they can (a setting no larger than one that fitted fits too), and
+// where they can't, the next encode goes where the sizes seen so far put the target, which
+// usually settles a search in two to five encodes instead of seven (at most nine when flat
+// runs in the sizes mislead every estimate).
+// A failing encoder ends a search early. Returns nothing when the final encode fails.
 std::optional<CompressionResult> searchForSize(SearchablePicture& picture, qint64 targetBytes);
 
 }  // namespace wendrel
