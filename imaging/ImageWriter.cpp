@@ -1,6 +1,7 @@
 #include "ImageWriter.h"
 
 #include "BmpEncoder.h"
+#include "WebPEncoder.h"
 #include "operations/AtomicFile.h"
 #include "operations/Logging.h"
 #include "operations/OperationError.h"
@@ -41,6 +42,9 @@ int qualityPercent(double quality, ImageFormat format)
     const int percent = static_cast<int>(std::lround(quality * 100));
     return std::clamp(format == ImageFormat::heic ? percent - heicQualityOffset : percent, 1, 100);
 }
+
+// libvips' WebP default when no quality is given.
+int webpQuality(std::optional<double> quality) { return quality ? qualityPercent(*quality, ImageFormat::webp) : 75; }
 
 bool needsFlattening(ImageFormat format)
 {
@@ -163,6 +167,8 @@ QByteArray encodeImage(const VImage& image, ImageFormat format, std::optional<do
                 throw saveError();
             return bmp;
         }
+        if (format == ImageFormat::webp)
+            return encodeWebP(ready, webpQuality(quality), metadata == MetadataPolicy::keep);
         const vips::VTarget target = vips::VTarget::new_to_memory();
         save(ready, format, saveOptions(format, quality, metadata), target);
         QByteArray bytes = memoryTargetBytes(target);
@@ -178,9 +184,9 @@ QByteArray encodeImage(const VImage& image, ImageFormat format, std::optional<do
 void writeImage(const VImage& image, ImageFormat format, std::optional<double> quality,
                 MetadataPolicy metadata, const QString& path)
 {
-    if (format == ImageFormat::bmp) {
-        const QByteArray bmp = encodeImage(image, format, quality, metadata);
-        writeFileAtomically(path, bmp, saveError().message());
+    // Both are encoded in memory whole anyway: libvips' WebP saver needs the whole picture too.
+    if (format == ImageFormat::bmp || format == ImageFormat::webp) {
+        writeFileAtomically(path, encodeImage(image, format, quality, metadata), saveError().message());
         return;
     }
     try {

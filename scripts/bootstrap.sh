@@ -10,7 +10,7 @@ packages=(
     # application: Qt 6 (Core, Gui, Widgets, DBus, Svg), its X11 platform plugin, MIME data
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-qpa-plugins shared-mime-info
     # images, PDFs, vision
-    libvips-dev libvips-tools libqpdf-dev qpdf libpoppler-cpp-dev poppler-utils
+    libvips-dev libvips-tools libwebp-dev libqpdf-dev qpdf libpoppler-cpp-dev poppler-utils
     libzxing-dev libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libopencv-core-dev libopencv-imgproc-dev libopencv-objdetect-dev libopencv-dnn-dev opencv-data
     # audio and video
