@@ -22,6 +22,13 @@ done
 ((${#workloads[@]})) || workloads=($(ls "$here/workloads" | sed 's/\.sh$//'))
 
 "$root/scripts/bootstrap.sh"
+# The tools the benchmarks compare against, from Debian's packages; the tests don't need them.
+anchors=(webp libavif-bin libheif-examples jpegoptim p7zip-full hyperfine)
+missing=(); for package in "${anchors[@]}"; do dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package"); done
+if ((${#missing[@]})); then
+    as_root=(); [[ $(id -u) -eq 0 ]] || as_root=(sudo)
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi
 "$root/scripts/build.sh" >/dev/null
 [[ -d "$corpus" ]] || "$here/make_corpus.sh" "$corpus"
 
