@@ -1,5 +1,10 @@
 #include "AutoEnhance.h"
 
+#include "ImageEntries.h"
+#include "operations/FileNames.h"
+#include "operations/Logging.h"
+#include "operations/OperationError.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -120,6 +125,16 @@ VImage applyEnhancement(const VImage& picture, const EnhancePlan& plan)
     if (picture.has_alpha())
         result = result.bandjoin(picture[picture.bands() - 1]);
     return result.copy_memory();
+}
+
+VImage autoEnhanced(const VImage& picture, const QString& path)
+{
+    try {
+        return applyEnhancement(picture, planEnhancement(picture));
+    } catch (const vips::VError& error) {
+        qCInfo(lcJobs, "Auto Enhance failed on %s: %s", qUtf8Printable(path), error.what());
+        throw OperationError(imagingText("Couldn't enhance “%1”").arg(lastPathComponent(path)));
+    }
 }
 
 }  // namespace wendrel

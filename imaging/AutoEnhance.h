@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <vips/vips8>
 
 namespace wendrel {
@@ -22,9 +24,8 @@ EnhancePlan planEnhancement(const vips::VImage& picture);
 // Applies a plan; alpha is kept as it is.
 vips::VImage applyEnhancement(const vips::VImage& picture, const EnhancePlan& plan);
 
-inline vips::VImage autoEnhanced(const vips::VImage& picture)
-{
-    return applyEnhancement(picture, planEnhancement(picture));
-}
+// The whole of Auto Enhance for one picture read from `path`. The result is computed before it
+// returns, so every libvips failure surfaces here, as an OperationError naming the file.
+vips::VImage autoEnhanced(const vips::VImage& picture, const QString& path);
 
 }  // namespace wendrel

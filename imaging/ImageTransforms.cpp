@@ -38,12 +38,19 @@ struct ImageTransform {
     // The size to decode at, from the upright size, when the transform only scales; decoding
     // straight to a smaller size is far cheaper than decoding everything and then shrinking.
     std::function<QSize(QSize)> decodeSize = {};
-    // The pixel work; none for transforms that only rescale or only re-save.
-    std::function<VImage(const VImage&)> apply = {};
+    // The pixel work, given the picture and the file it came from (for error messages); none for
+    // transforms that only rescale or only re-save.
+    std::function<VImage(const VImage&, const QString& path)> apply = {};
     bool mayKeepMetadata = true;
     // Writes the result without decoding and encoding again, when the source allows it.
     std::function<std::optional<QByteArray>(const QString& path, const ImageSource& picture)> lossless = {};
 };
+
+// Most pixel functions need only the pixels.
+std::function<VImage(const VImage&, const QString&)> pixelsOnly(VImage (*function)(const VImage&))
+{
+    return [function](const VImage& image, const QString&) { return function(image); };
+}
 
 struct OutputChoice {
     ImageFormat format;
@@ -79,14 +86,15 @@ std::optional<QByteArray> withoutMetadataLosslessly(const QString& path, const I
     return type == ContentType::jpeg() ? jpegWithoutMetadata(bytes) : pngWithoutMetadata(bytes);
 }
 
-// A pixel function that fails leaves the picture as it was: the transform becomes a plain
-// re-save rather than an error, and no library message reaches the user.
+// A pixel function that lets a library error through leaves the picture as it was: the
+// transform becomes a plain re-save rather than an error, and no library message reaches the
+// user. One that throws OperationError has already said what went wrong, and that stands.
 VImage applied(const ImageTransform& transform, const VImage& image, const QString& path)
 {
     if (!transform.apply)
         return image;
     try {
-        return transform.apply(image);
+        return transform.apply(image, path);
     } catch (const vips::VError& error) {
         qCInfo(lcJobs, "%s left %s as it was: %s", qUtf8Printable(transform.id.toString()), qUtf8Printable(path),
                error.what());
@@ -135,22 +143,22 @@ QList<ImageTransform> transforms()
          .symbol = QStringLiteral("rectangle.compress.vertical"), .suffix = imagingText("Resized"),
          .description = imagingText("Shrinks so the longest side is at most 1920 px."), .decodeSize = fit1920},
         {.id = "image.rotate", .title = imagingText("Rotate Right"), .symbol = QStringLiteral("rotate.right"),
-         .suffix = imagingText("Rotated"), .description = imagingText("Turns 90° clockwise."), .apply = rotatedRight},
+         .suffix = imagingText("Rotated"), .description = imagingText("Turns 90° clockwise."), .apply = pixelsOnly(rotatedRight)},
         {.id = "image.rotateLeft", .title = imagingText("Rotate Left"),
          .symbol = QStringLiteral("rotate.left"), .suffix = imagingText("Rotated"),
-         .description = imagingText("Turns 90° counter-clockwise."), .apply = rotatedLeft},
+         .description = imagingText("Turns 90° counter-clockwise."), .apply = pixelsOnly(rotatedLeft)},
         {.id = "image.flip", .title = imagingText("Flip"),
          .symbol = QStringLiteral("arrow.left.and.right.righttriangle.left.righttriangle.right"),
-         .suffix = imagingText("Flipped"), .description = imagingText("Mirrors left to right."), .apply = mirrored},
+         .suffix = imagingText("Flipped"), .description = imagingText("Mirrors left to right."), .apply = pixelsOnly(mirrored)},
         {.id = "image.square", .title = imagingText("Crop Square"), .symbol = QStringLiteral("crop"),
-         .suffix = imagingText("Cropped"), .description = imagingText("Crops the centre square."), .apply = croppedSquare},
+         .suffix = imagingText("Cropped"), .description = imagingText("Crops the centre square."), .apply = pixelsOnly(croppedSquare)},
         {.id = "image.background", .title = imagingText("Add Background"),
          .symbol = QStringLiteral("rectangle.inset.filled"), .suffix = imagingText("Background"),
          .description = imagingText("Puts a screenshot on a gradient with rounded corners and a shadow."),
-         .apply = onBackgroundCard},
+         .apply = pixelsOnly(onBackgroundCard)},
         {.id = "image.gray", .title = imagingText("Black & White"),
          .symbol = QStringLiteral("circle.lefthalf.filled"), .suffix = imagingText("BW"),
-         .description = imagingText("Black-and-white copy."), .apply = blackAndWhite},
+         .description = imagingText("Black-and-white copy."), .apply = pixelsOnly(blackAndWhite)},
         {.id = "image.strip", .title = imagingText("Remove Metadata"), .symbol = QStringLiteral("eye.slash"),
          .suffix = imagingText("Clean"), .description = imagingText("Removes location, camera and other metadata."),
          .mayKeepMetadata = false, .lossless = withoutMetadataLosslessly},
