@@ -34,8 +34,8 @@ struct EnhancePlan {
 // Measures a picture and decides its correction: the key from the lightness histogram; levels
 // to the darkest and brightest real content and midtones toward a natural brightness, both
 // held to a small change of mean lightness for low-key and high-key pictures; a colour cast
-// removed only when near-neutral colours clearly share one, with bounded strength; colour
-// lifted a little where it is dull. A picture that already uses the full range with natural
+// removed from near-neutral colours only when the picture's black and white lean the same
+// way, with bounded strength; colour lifted a little where it is dull. A picture that already uses the full range with natural
 // midtones and no cast gets a plan that changes nothing.
 EnhancePlan planEnhancement(const vips::VImage& picture);
 
