@@ -1,22 +1,22 @@
-#include "agent/AgentMain.h"
-#include "cli/CommandLine.h"
+#include "front/ApplicationIdentity.h"
+#include "front/ModuleLoader.h"
+#include "front/RingCommand.h"
 
-#include <QCoreApplication>
-
+#include <cstdio>
 #include <cstring>
 
+// The executable stays small: the version and ring requests (what file managers and scripts
+// call most) are answered with Qt Core alone; the command line and the tray agent live in
+// modules loaded only when needed.
 int main(int argc, char* argv[])
 {
-    QCoreApplication::setApplicationName(QStringLiteral("Wendrel"));
-    QCoreApplication::setOrganizationName(QStringLiteral("Wendrel"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(WENDREL_VERSION));
-
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("wendrel %s\n", WENDREL_VERSION);
+        return 0;
+    }
+    wendrel::setApplicationIdentity();
     // No command: the tray agent. "ring": a request for it. Anything else: the command line.
-    if (argc == 1)
-        return wendrel::runAgent(argc, argv);
-    if (std::strcmp(argv[1], "ring") == 0)
+    if (argc >= 2 && std::strcmp(argv[1], "ring") == 0)
         return wendrel::runRingCommand(argc, argv);
-
-    QCoreApplication application(argc, argv);
-    return wendrel::runCommandLine(QCoreApplication::arguments());
+    return wendrel::runModule(argc == 1 ? wendrel::Module::agent : wendrel::Module::commandLine, argc, argv);
 }

@@ -51,18 +51,4 @@ void AgentChannel::onConnection()
     }
 }
 
-bool sendToAgent(const AgentRequest& request, int timeoutMilliseconds)
-{
-    QLocalSocket socket;
-    socket.connectToServer(agentSocketPath());
-    if (!socket.waitForConnected(timeoutMilliseconds))
-        return false;
-    socket.write(request.toLine());
-    const bool written = socket.waitForBytesWritten(timeoutMilliseconds);
-    socket.disconnectFromServer();
-    if (socket.state() != QLocalSocket::UnconnectedState)
-        socket.waitForDisconnected(timeoutMilliseconds);
-    return written;
-}
-
 }  // namespace wendrel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/front/AgentClient.h"
 #include "app/shell/AgentRequest.h"
 
 #include <QLocalServer>
@@ -28,8 +29,5 @@ private:
 
     QLocalServer m_server;
 };
-
-// The other end: hands a request to the running agent. False when no agent answers.
-bool sendToAgent(const AgentRequest& request, int timeoutMilliseconds = 2000);
 
 }  // namespace wendrel

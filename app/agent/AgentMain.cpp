@@ -5,12 +5,10 @@
 #include "Coordinator.h"
 #include "app/cli/CommandLine.h"
 #include "app/cli/ConsoleOutput.h"
+#include "imaging/ImageFormat.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFileInfo>
-#include <QProcess>
-#include <QThread>
+#include <QThreadPool>
 
 namespace wendrel {
 
@@ -45,48 +43,10 @@ int runAgent(int& argc, char** argv)
         printError(translate("Another Wendrel is starting; leaving it to run."));
         return exitSuccess;
     }
+    // Which formats can be written is known from the cache, or probed after a library change:
+    // found now, off the interface thread, so the first ring for a picture doesn't wait for it.
+    QThreadPool::globalInstance()->start([] { canWrite(ImageFormat::jpeg); });
     return QApplication::exec();
-}
-
-int runRingCommand(int& argc, char** argv)
-{
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments().mid(2);
-    const std::optional<RingKind> kind = ringKindFromRawValue(arguments.value(0));
-    if (!kind || arguments.size() < 2) {
-        printError(translate("Usage: wendrel ring convert|tools|actions FILE..."));
-        return exitUsage;
-    }
-    AgentRequest request;
-    request.command = AgentRequest::Command::ring;
-    request.ring = *kind;
-    for (const QString& file : arguments.mid(1)) {
-        const QFileInfo info(file);
-        if (!info.exists()) {
-            printError(translate("%1: No such file or directory").arg(file));
-            return exitUsage;
-        }
-        request.files.append(QDir::cleanPath(info.absoluteFilePath()));
-    }
-    if (sendToAgent(request))
-        return exitSuccess;
-
-    // No agent yet: start one and hand it the request once it listens.
-    if (!haveDisplay()) {
-        printError(translate("No Wendrel is running and there is no graphical session to start one in."));
-        return exitJobFailed;
-    }
-    if (!QProcess::startDetached(QCoreApplication::applicationFilePath(), {})) {
-        printError(translate("Couldn't start Wendrel."));
-        return exitJobFailed;
-    }
-    for (int attempt = 0; attempt < 50; ++attempt) {
-        QThread::msleep(100);
-        if (sendToAgent(request, 500))
-            return exitSuccess;
-    }
-    printError(translate("Wendrel started but did not answer."));
-    return exitJobFailed;
 }
 
 }  // namespace wendrel
