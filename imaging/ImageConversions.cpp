@@ -5,6 +5,7 @@
 #include "ImageFormat.h"
 #include "ImageWriter.h"
 #include "PixelFunctions.h"
+#include "WritableFormatEntry.h"
 #include "pdf/ImagesToPdf.h"
 #include "operations/AtomicFile.h"
 #include "operations/FileNames.h"
@@ -106,18 +107,19 @@ OperationOutcome makePdf(const QStringList& paths, const OperationContext& conte
 void registerImageConversions(OperationCatalog& catalog)
 {
     for (const ImageTarget& target : imageTargets()) {
-        if (!canWrite(target.format))
-            continue;
         const QString description = target.format == ImageFormat::jxl
                                         ? imagingText("JPEG XL: the size of WebP and AVIF at JPEG's speed.")
                                         : imagingText("Converts to %1.").arg(target.name);
-        catalog.add(Op::make(imageEntry(
+        Op::Definition conversion = imageEntry(
             {.id = conversionId(target.format), .title = target.name, .symbol = QStringLiteral("photo"),
              .ring = RingKind::convert, .description = description},
             [target](const QString& path, const OperationContext& context) {
                 return convertImage(path, context, target);
             },
-            contentType(target.format))));
+            contentType(target.format));
+        EntryDescription entry = conversion.entry;
+        catalog.add(std::make_shared<const WritableFormatEntry>(std::move(entry), Op::make(std::move(conversion)),
+                                                                target.format));
     }
 
     catalog.add(Op::make(imageEntry({.id = "image.ico", .title = QStringLiteral("ICO"),

@@ -1,15 +1,9 @@
 #include "ImageFormat.h"
 
-#include "ImageWriter.h"
-#include "VipsRuntime.h"
+#include "EncoderProbe.h"
 #include "operations/settings/FormatSettings.h"
 
 #include <QCoreApplication>
-
-#include <vips/vips8>
-
-#include <array>
-#include <mutex>
 
 namespace wendrel {
 
@@ -65,23 +59,11 @@ std::optional<ImageFormat> imageFormatFor(const ContentType& type)
 
 bool canWrite(ImageFormat format)
 {
-    static std::once_flag probed;
-    static std::array<bool, 9> writable{};
-    std::call_once(probed, [] {
-        startVips();
-        const vips::VImage sample = vips::VImage::black(8, 8, vips::VImage::option()->set("bands", 3))
-                                        .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))
-                                        .cast(VIPS_FORMAT_UCHAR);
-        for (const ImageTarget& target : imageTargets()) {
-            try {
-                writable[static_cast<size_t>(target.format)] =
-                    !encodeImage(sample, target.format, 0.5, MetadataPolicy::drop).isEmpty();
-            } catch (const std::exception&) {
-                writable[static_cast<size_t>(target.format)] = false;
-            }
-        }
-    });
-    return writable[static_cast<size_t>(format)];
+    // Probing encodes a picture in every format, and HEIC and AVIF encoders take their time:
+    // the answer is kept across runs for as long as the libraries stay the same.
+    static const QList<ImageFormat> writable =
+        cachedOrProbed(encoderCachePath(), encoderLibraryStamp(), probeWritableFormats);
+    return writable.contains(format);
 }
 
 double lossyQuality(const FormatSettings& settings)

@@ -31,8 +31,9 @@ ContentType contentType(ImageFormat format);
 // The format a content type stands for, if Wendrel writes it.
 std::optional<ImageFormat> imageFormatFor(const ContentType& type);
 
-// Whether this build can really encode the format: found once per process by encoding a tiny
-// picture, so a missing codec plugin hides the entry instead of failing every file.
+// Whether this build can really encode the format: found by encoding a tiny picture, so a
+// missing codec plugin hides the entry instead of failing every file. Probed once per set of
+// installed libraries and remembered in the user's cache folder.
 bool canWrite(ImageFormat format);
 
 // The quality an "imageQuality" setting stands for: 0.72, 0.86 or 0.95.

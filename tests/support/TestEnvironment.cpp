@@ -34,6 +34,8 @@ void isolateEnvironment()
     qputenv("HOME", (pattern + "/home"));
     qputenv("XDG_CONFIG_HOME", (pattern + "/home/.config"));
     qputenv("XDG_DATA_HOME", (pattern + "/home/.local/share"));
+    qputenv("XDG_CACHE_HOME", (pattern + "/home/.cache"));
+    qputenv("XDG_STATE_HOME", (pattern + "/home/.local/state"));
     qputenv("TMPDIR", (pattern + "/tmp"));
     qunsetenv("XDG_DOWNLOAD_DIR");
 }

@@ -11,7 +11,7 @@ inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << tex
 
 namespace wendrel::test {
 
-// Every test process runs in a private world: HOME, XDG_CONFIG_HOME, XDG_DATA_HOME and TMPDIR
+// Every test process runs in a private world: HOME, the XDG config, data, cache and state homes and TMPDIR
 // point into one fresh folder, so settings, Downloads, the Trash and scratch folders of the
 // tests never touch the user's own and never see another test run's.
 void isolateEnvironment();
