@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <variant>
+
 namespace wendrel {
 
 namespace {
@@ -29,20 +31,30 @@ QString usage(const OperationCatalog& catalog)
         "new name; nothing is ever overwritten and the originals are never changed.\n"
         "\n"
         "Commands:\n"
+        "  ring KIND FILE...       open a ring for the files at the pointer, as the file managers'\n"
+        "                          actions do; KIND is convert, tools or actions. Starts the\n"
+        "                          tray agent when none is running (its log goes to\n"
+        "                          ~/.local/state/wendrel/agent.log)\n"
         "  ops FILE...             list, ring by ring, the entries that fit all the files\n"
+        "  ops --all               list every entry of each ring with its id and title\n"
         "  run ENTRY FILE...       run one entry (for example subtitle.vtt) on the files\n"
         "  integrate [--remove]    add Wendrel's actions to the file managers' context menus\n"
         "                          (Nautilus, Caja, Nemo, Dolphin, Thunar), or take them away\n"
         "  help [ENTRY]            show this text, or what one entry does and its settings\n"
         "\n"
+        "Without a command, Wendrel starts as the tray agent.\n"
+        "\n"
         "Options:\n"
         "  --to DIR                put the results in DIR instead of next to the originals\n"
-        "  --json                  print a JSON report for scripts\n"
+        "  --json                  print a JSON report for scripts; 'run' prints one whatever\n"
+        "                          happens, refusals and command-line errors included\n"
+        "  --all                   with 'ops': every entry, not only those that fit files\n"
         "  -v, --verbose           log each step to standard error\n"
         "  -h, --help              show this text\n"
         "  --version               show the version\n"
         "\n"
         "Examples:\n"
+        "  wendrel ring convert photo.png\n"
         "  wendrel ops talk.srt\n"
         "  wendrel run subtitle.vtt talk.srt          writes talk.vtt beside talk.srt\n"
         "  wendrel run subtitle.srt --to ~/Subs *.vtt\n"
@@ -65,16 +77,14 @@ int usageError(const QString& message)
     return exitUsage;
 }
 
-// Absolute, cleaned paths; a missing file is a usage error, reported with its name.
-std::optional<QStringList> resolveFiles(const QStringList& arguments)
+// Absolute, cleaned paths; a missing file is an error that names it.
+std::variant<QStringList, QString> resolveFiles(const QStringList& arguments)
 {
     QStringList paths;
     for (const QString& argument : arguments) {
         const QFileInfo info(argument);
-        if (!info.exists() && !info.isSymLink()) {
-            printError(translate("%1: No such file or directory").arg(argument));
-            return std::nullopt;
-        }
+        if (!info.exists() && !info.isSymLink())
+            return translate("%1: No such file or directory").arg(argument);
         paths.append(QDir::cleanPath(info.absoluteFilePath()));
     }
     return paths;
@@ -92,7 +102,8 @@ int runCommandLine(const QStringList& arguments)
     const QCommandLineOption helpOption(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption versionOption(QStringLiteral("version"));
     const QCommandLineOption removeOption(QStringLiteral("remove"));
-    parser.addOptions({toOption, jsonOption, verboseOption, helpOption, versionOption, removeOption});
+    const QCommandLineOption allOption(QStringLiteral("all"));
+    parser.addOptions({toOption, jsonOption, verboseOption, helpOption, versionOption, removeOption, allOption});
 
     // Quiet unless asked otherwise, from the start: registering the entries may log already.
     QLoggingCategory::setFilterRules(QStringLiteral("wendrel.*.info=false"));
@@ -104,14 +115,24 @@ int runCommandLine(const QStringList& arguments)
     for (const QString& name : settingNames)
         parser.addOption(QCommandLineOption(name, {}, QStringLiteral("VALUE")));
 
-    if (!parser.parse(arguments))
-        return usageError(parser.errorText());
+    const bool parsed = parser.parse(arguments);
+    const QStringList positional = parser.positionalArguments();
+    const QString command = positional.value(0);
+    const bool json = parser.isSet(jsonOption);
+    // Scripts that ask `run` for JSON read a report on every path, mistakes in the command included.
+    const auto runUsageError = [&](const QString& message) {
+        if (command != u"run" || !json || parser.isSet(helpOption))
+            return usageError(message);
+        printJson(notStartedReport(positional.value(1), RunRefusal::invalidCommand, message));
+        return int(exitUsage);
+    };
+
+    if (!parsed)
+        return runUsageError(parser.errorText());
     if (parser.isSet(versionOption)) {
         printOut(QStringLiteral("wendrel %1").arg(QCoreApplication::applicationVersion()));
         return exitSuccess;
     }
-    const QStringList positional = parser.positionalArguments();
-    const QString command = positional.value(0);
     if (parser.isSet(helpOption) || command == u"help") {
         // "help ENTRY" and "run ENTRY --help" describe that entry.
         const QString entryId = command == u"help" || command == u"run" ? positional.value(1) : QString();
@@ -135,36 +156,44 @@ int runCommandLine(const QStringList& arguments)
     }
     if (!settings.isEmpty() && command != u"run")
         return usageError(translate("--%1 is a setting for 'wendrel run ENTRY'.").arg(settings.first().first));
+    if (parser.isSet(allOption) && command != u"ops")
+        return usageError(translate("--all goes with 'wendrel ops'."));
 
     if (command == u"integrate") {
         if (positional.size() > 1)
             return usageError(translate("integrate takes no files."));
-        return runIntegrateCommand(parser.isSet(removeOption), parser.isSet(jsonOption));
+        return runIntegrateCommand(parser.isSet(removeOption), json);
     }
-
-    const bool json = parser.isSet(jsonOption);
-
     if (command == u"ops") {
+        if (parser.isSet(allOption)) {
+            if (positional.size() > 1)
+                return usageError(translate("ops --all lists every entry; it takes no files."));
+            return runAllOpsCommand(catalog, json);
+        }
         if (positional.size() < 2)
-            return usageError(translate("ops needs at least one file."));
-        const std::optional<QStringList> files = resolveFiles(positional.mid(1));
-        if (!files)
-            return exitUsage;
-        return runOpsCommand(catalog, *files, json);
+            return usageError(translate("ops needs at least one file, or --all."));
+        const std::variant<QStringList, QString> files = resolveFiles(positional.mid(1));
+        if (const QString* missing = std::get_if<QString>(&files))
+            return usageError(*missing);
+        return runOpsCommand(catalog, std::get<QStringList>(files), json);
     }
     if (command == u"run") {
         if (positional.size() < 3)
-            return usageError(translate("run needs an entry and at least one file."));
-        const std::optional<QStringList> files = resolveFiles(positional.mid(2));
-        if (!files)
-            return exitUsage;
+            return runUsageError(translate("run needs an entry and at least one file."));
+        const std::variant<QStringList, QString> files = resolveFiles(positional.mid(2));
+        if (const QString* missing = std::get_if<QString>(&files))
+            return runUsageError(*missing);
         RunOptions options;
         options.entryId = positional[1];
-        options.files = *files;
+        options.files = std::get<QStringList>(files);
         options.json = json;
         options.settings = settings;
-        if (parser.isSet(toOption))
-            options.destinationFolder = QDir::cleanPath(QFileInfo(parser.value(toOption)).absoluteFilePath());
+        if (parser.isSet(toOption)) {
+            const QString folder = parser.value(toOption);
+            if (folder.isEmpty())
+                return runUsageError(translate("--to needs a folder; leave it out to put the results next to the originals."));
+            options.destinationFolder = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
+        }
         return runRunCommand(catalog, options);
     }
     if (command.isEmpty())

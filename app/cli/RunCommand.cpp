@@ -24,15 +24,22 @@ namespace {
 
 QString translate(const char* text) { return QCoreApplication::translate("CommandLine", text); }
 
-// Names the first file the entry refuses, with the ring's sentence.
-std::optional<QString> refusalNamingFile(const FileOperation& entry, const QStringList& files)
+struct RefusedFile {
+    QString file;
+    QString reason;  // the ring's sentence: "SRT doesn't work with this file"
+};
+
+// The first file the entry refuses, if any.
+std::optional<RefusedFile> firstRefusedFile(const FileOperation& entry, const QStringList& files)
 {
     for (const QString& file : files) {
         if (const std::optional<QString> refusal = OperationCatalog::refusal(entry, {file}))
-            return QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(file), *refusal);
+            return RefusedFile{file, *refusal};
     }
     return std::nullopt;
 }
+
+QJsonArray jsonNotes(const JobReport& report) { return QJsonArray::fromStringList(report.notes); }
 
 QJsonObject jsonReport(const QString& entryId, const JobReport& report, bool cancelled)
 {
@@ -50,6 +57,7 @@ QJsonObject jsonReport(const QString& entryId, const JobReport& report, bool can
         {QStringLiteral("message"), report.message},
         {QStringLiteral("results"), QJsonArray::fromStringList(report.results)},
         {QStringLiteral("failures"), failures},
+        {QStringLiteral("notes"), jsonNotes(report)},
     };
 }
 
@@ -65,8 +73,16 @@ QList<std::pair<QString, QString>> withAbsoluteFolders(const PromptRequest& requ
     return settings;
 }
 
-// The answers the job runs with, or the exit status that ends the command instead.
-std::variant<QJsonObject, ExitStatus> answersForRun(const FileOperation& entry, const RunOptions& options)
+// Why the command ends before the job starts.
+struct NotStarted {
+    ExitStatus status;
+    RunRefusal refusal;
+    QString message;
+    QString hint = {};
+};
+
+// The answers the job runs with, or why the command ends instead.
+std::variant<QJsonObject, NotStarted> answersForRun(const FileOperation& entry, const RunOptions& options)
 {
     if (options.settings.isEmpty()) {
         if (::isatty(STDIN_FILENO) != 1)
@@ -74,23 +90,20 @@ std::variant<QJsonObject, ExitStatus> answersForRun(const FileOperation& entry, 
         TerminalPrompt terminal;
         const std::optional<QJsonObject> answers = askBeforeRunning(
             entry, options.files, [&](const PromptRequest& request) { return terminal.ask(request); });
-        if (!answers) {
-            printError(translate("Cancelled; nothing was run."));
-            return exitCancelled;
-        }
+        if (!answers)
+            return NotStarted{exitCancelled, RunRefusal::declined, translate("Cancelled; nothing was run.")};
         return *answers;
     }
 
     const std::optional<PromptRequest> request = entry.prompt(options.files);
     if (!request) {
-        printError(translate("%1 has no settings: --%2 doesn't apply to it.").arg(entry.id(), options.settings.first().first));
-        return exitUsage;
+        return NotStarted{exitUsage, RunRefusal::invalidCommand,
+                          translate("%1 has no settings: --%2 doesn't apply to it.").arg(entry.id(), options.settings.first().first)};
     }
     const CheckedAnswers checked = answersFromOptions(*request, withAbsoluteFolders(*request, options.settings));
     if (!checked.isValid()) {
-        printError(QStringLiteral("%1: %2").arg(entry.id(), checked.problem));
-        printError(translate("'wendrel help %1' lists its settings.").arg(entry.id()));
-        return exitUsage;
+        return NotStarted{exitUsage, RunRefusal::invalidCommand, QStringLiteral("%1: %2").arg(entry.id(), checked.problem),
+                          translate("'wendrel help %1' lists its settings.").arg(entry.id())};
     }
     return checked.answers;
 }
@@ -105,29 +118,67 @@ void printPlain(const JobReport& report)
         printError(QStringLiteral("%1: %2").arg(failure.source, failure.message));
     if (!report.succeeded && report.failures.isEmpty())
         printError(report.message);
+    // What the user should know about the results ("2 links left out"), apart from the list of
+    // paths on standard output.
+    for (const QString& note : report.notes)
+        printError(note);
 }
 
 }  // namespace
 
+QString rawValue(RunRefusal refusal)
+{
+    switch (refusal) {
+    case RunRefusal::invalidCommand: return QStringLiteral("invalid");
+    case RunRefusal::unknownEntry: return QStringLiteral("unknown");
+    case RunRefusal::fileRefused: return QStringLiteral("refused");
+    case RunRefusal::declined: return QStringLiteral("cancelled");
+    }
+    Q_UNREACHABLE();
+}
+
+QJsonObject notStartedReport(const QString& entryId, RunRefusal refusal, const QString& message,
+                             const QString& refusedFile)
+{
+    JobReport report;
+    report.message = message;
+    if (!refusedFile.isEmpty())
+        report.failures.append({refusedFile, message});
+    QJsonObject json = jsonReport(entryId, report, false);
+    json.insert(QStringLiteral("status"), rawValue(refusal));
+    return json;
+}
+
 int runRunCommand(const OperationCatalog& catalog, const RunOptions& options)
 {
+    // A run that can't start: the reason on standard error, or as the one JSON report.
+    const auto notStarted = [&](ExitStatus status, RunRefusal refusal, const QString& message,
+                                const QString& hint = {}, const QString& refusedFile = {}) {
+        if (options.json) {
+            printJson(notStartedReport(options.entryId, refusal, message, refusedFile));
+        } else {
+            printError(refusedFile.isEmpty() ? message
+                                             : QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(refusedFile), message));
+            if (!hint.isEmpty())
+                printError(hint);
+        }
+        return int(status);
+    };
+
     const FileOperationPtr entry = catalog.find(options.entryId);
     if (!entry) {
-        printError(translate("There is no entry '%1'. 'wendrel ops FILE' lists the entries that fit.")
-                       .arg(options.entryId));
-        return exitUsage;
+        return notStarted(exitUsage, RunRefusal::unknownEntry,
+                          translate("There is no entry '%1'. 'wendrel ops FILE' lists the entries that fit.")
+                              .arg(options.entryId));
     }
-    if (const std::optional<QString> refusal = refusalNamingFile(*entry, options.files)) {
-        printError(*refusal);
-        return exitJobFailed;
-    }
-    const std::variant<QJsonObject, ExitStatus> answers = answersForRun(*entry, options);
-    if (const ExitStatus* status = std::get_if<ExitStatus>(&answers))
-        return *status;
-    if (options.destinationFolder && !QDir().mkpath(*options.destinationFolder)) {
-        printError(translate("Can't create the folder %1").arg(*options.destinationFolder));
-        return exitUsage;
-    }
+    if (const std::optional<RefusedFile> refused = firstRefusedFile(*entry, options.files))
+        return notStarted(exitJobFailed, RunRefusal::fileRefused, refused->reason, {}, refused->file);
+    const std::variant<QJsonObject, NotStarted> answers = answersForRun(*entry, options);
+    if (const NotStarted* stop = std::get_if<NotStarted>(&answers))
+        return notStarted(stop->status, stop->refusal, stop->message, stop->hint);
+    if (options.destinationFolder && !QDir().mkpath(*options.destinationFolder))
+        return notStarted(exitUsage, RunRefusal::invalidCommand,
+                          translate("Can't create the folder %1").arg(*options.destinationFolder));
 
     JobRunner runner;
     TerminalProgress progress;

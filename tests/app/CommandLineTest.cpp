@@ -1,4 +1,5 @@
 #include "imaging/TestPictures.h"
+#include "operations/RingOrder.h"
 #include "operations/settings/CompressionSettings.h"
 #include "operations/settings/SettingsStore.h"
 #include "support/TestEnvironment.h"
@@ -14,7 +15,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 using namespace wendrel;
+using namespace Qt::StringLiterals;
 using namespace wendrel::test;
 
 namespace {
@@ -177,33 +181,195 @@ TEST_F(CommandLineTest, FailuresGoToStderrWithNonZeroExit)
     EXPECT_EQ(folderEntries(folder.path()), (QStringList{QStringLiteral("latin1.srt"), QStringLiteral("talk.srt")}));
 }
 
-TEST_F(CommandLineTest, EntryThatDoesNotTakeTheFileIsRefusedBeforeRunning)
+// One command line and what it must give. In the arguments, TALK, NOTES and MISSING stand for
+// a subtitle file, a text file no subtitle entry takes and a file that doesn't exist.
+struct Invocation {
+    QStringList arguments;
+    int exitCode;
+    QStringList outFragments{};  // each must be in standard output
+    QStringList errFragments{};  // each must be in standard error
+    // With --json: the report's status; standard error stays empty, the JSON is the answer.
+    QString jsonStatus{};
+};
+
+TEST_F(CommandLineTest, InvocationsExitWithTheirStatusAndSayWhy)
 {
     const QString notes = folder.filePath(QStringLiteral("notes.txt"));
     writeFile(notes, "hello");
-    const Result result = runWendrel({QStringLiteral("run"), QStringLiteral("subtitle.srt"), talk, notes});
+    const QString missing = folder.filePath(QStringLiteral("missing.srt"));
+    const QString wrongEntry = QStringLiteral("SRT doesn't work with this file");
+    const QString emptyTo = QStringLiteral("--to needs a folder");
+
+    const QList<Invocation> invocations{
+        {{u"--help"_s}, 0, {u"ring KIND FILE..."_s, u"convert, tools or actions"_s, u"ops --all"_s, u"run ENTRY FILE..."_s}},
+        {{u"--version"_s}, 0, {u"wendrel 0."_s}},
+        {{u"run"_s, u"--version"_s}, 0, {u"wendrel 0."_s}},
+        {{u"frobnicate"_s}, 2, {}, {u"Unknown command 'frobnicate'"_s}},
+        {{u"ops"_s}, 2, {}, {u"ops needs at least one file, or --all."_s}},
+        {{u"ops"_s, u"--all"_s, u"TALK"_s}, 2, {}, {u"it takes no files"_s}},
+        {{u"run"_s, u"--all"_s, u"subtitle.vtt"_s, u"TALK"_s}, 2, {}, {u"--all goes with 'wendrel ops'."_s}},
+        {{u"run"_s, u"no.such.entry"_s, u"TALK"_s}, 2, {}, {u"There is no entry 'no.such.entry'"_s}},
+        {{u"run"_s, u"subtitle.vtt"_s, u"MISSING"_s}, 2, {}, {u"missing.srt: No such file or directory"_s}},
+        {{u"run"_s, u"--bogus"_s, u"subtitle.vtt"_s, u"TALK"_s}, 2, {}, {u"Unknown option 'bogus'"_s}},
+        {{u"run"_s, u"subtitle.srt"_s, u"TALK"_s, u"NOTES"_s}, 1, {}, {u"notes.txt: "_s + wrongEntry}},
+        {{u"run"_s, u"--to"_s, u""_s, u"subtitle.vtt"_s, u"TALK"_s}, 2, {}, {u"wendrel: "_s + emptyTo}},
+        // Scripts get one JSON report whatever happens, with the same exit status.
+        {{u"run"_s, u"--json"_s, u"no.such.entry"_s, u"TALK"_s}, 2, {u"There is no entry"_s}, {}, u"unknown"_s},
+        {{u"run"_s, u"--json"_s, u"subtitle.srt"_s, u"TALK"_s, u"NOTES"_s}, 1, {wrongEntry, notes}, {}, u"refused"_s},
+        {{u"run"_s, u"--json"_s, u"subtitle.vtt"_s, u"MISSING"_s}, 2, {u"No such file"_s}, {}, u"invalid"_s},
+        {{u"run"_s, u"--json"_s, u"--bogus"_s, u"subtitle.vtt"_s, u"TALK"_s}, 2, {u"bogus"_s}, {}, u"invalid"_s},
+        {{u"run"_s, u"--json"_s, u"subtitle.vtt"_s}, 2, {u"run needs an entry"_s}, {}, u"invalid"_s},
+        {{u"run"_s, u"--json"_s, u"--to"_s, u""_s, u"subtitle.vtt"_s, u"TALK"_s}, 2, {emptyTo}, {}, u"invalid"_s},
+        {{u"run"_s, u"--json"_s, u"subtitle.vtt"_s, u"--quality"_s, u"50"_s, u"TALK"_s}, 2, {u"has no settings"_s}, {},
+         u"invalid"_s},
+    };
+    for (const Invocation& invocation : invocations) {
+        QStringList arguments;
+        for (const QString& argument : invocation.arguments)
+            arguments.append(argument == u"TALK" ? talk : argument == u"NOTES" ? notes : argument == u"MISSING" ? missing : argument);
+        const std::string shown = invocation.arguments.join(u' ').toStdString();
+        const Result result = runWendrel(arguments);
+        EXPECT_EQ(result.exitCode, invocation.exitCode) << shown << "\n" << result.err.toStdString();
+        for (const QString& fragment : invocation.outFragments)
+            EXPECT_TRUE(result.out.contains(fragment)) << shown << ": " << result.out.toStdString();
+        for (const QString& fragment : invocation.errFragments)
+            EXPECT_TRUE(result.err.contains(fragment)) << shown << ": " << result.err.toStdString();
+        // Whatever Qt would say itself (QDir's, QCommandLineParser's own wording) has no place here.
+        EXPECT_FALSE(result.err.contains(u"QDir")) << shown << ": " << result.err.toStdString();
+        if (invocation.jsonStatus.isEmpty())
+            continue;
+        QJsonParseError error;
+        const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8(), &error).object();
+        EXPECT_EQ(error.error, QJsonParseError::NoError) << shown << ": " << result.out.toStdString();
+        EXPECT_EQ(report.value(u"status"_s).toString(), invocation.jsonStatus) << shown;
+        EXPECT_TRUE(report.value(u"results"_s).toArray().isEmpty()) << shown;
+        EXPECT_TRUE(report.value(u"notes"_s).isArray()) << shown;
+        EXPECT_TRUE(result.err.isEmpty()) << shown << ": " << result.err.toStdString();
+    }
+    // Nothing ran: no result beside the originals.
+    EXPECT_EQ(folderEntries(folder.path()), (QStringList{u"notes.txt"_s, u"talk.srt"_s}));
+}
+
+TEST_F(CommandLineTest, RefusedFileIsNamedInTheJsonReport)
+{
+    const QString notes = folder.filePath(QStringLiteral("notes.txt"));
+    writeFile(notes, "hello");
+    const Result result = runWendrel({u"run"_s, u"--json"_s, u"subtitle.srt"_s, talk, notes});
+    const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
+    EXPECT_EQ(report.value(u"operation"_s).toString(), u"subtitle.srt");
+    const QJsonArray failures = report.value(u"failures"_s).toArray();
+    ASSERT_EQ(failures.size(), 1);
+    EXPECT_EQ(failures[0].toObject().value(u"file"_s).toString(), notes);
+    EXPECT_EQ(failures[0].toObject().value(u"message"_s).toString(), u"SRT doesn't work with this file");
+}
+
+TEST_F(CommandLineTest, OpsAllListsEveryEntryOfEachRingInRingOrder)
+{
+    const Result result = runWendrel({u"ops"_s, u"--all"_s});
+    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.out.startsWith(u"Convert\n  image.jpg       JPG\n  image.png       PNG\n")) << result.out.toStdString();
+    EXPECT_TRUE(result.out.contains(u"\nTools\n  image.compress  "));
+    EXPECT_TRUE(result.out.contains(u"  subtitle.vtt    VTT\n"));
+
+    // The JSON form holds the same ids, each ring's in the order of the rings.
+    const QJsonObject report = QJsonDocument::fromJson(runWendrel({u"ops"_s, u"--all"_s, u"--json"_s}).out.toUtf8()).object();
+    qsizetype listed = 0;
+    for (const QString ring : {u"convert"_s, u"tools"_s, u"actions"_s}) {
+        const QJsonArray entries = report.value(ring).toArray();
+        EXPECT_FALSE(entries.isEmpty()) << ring.toStdString();
+        int previousRank = -1;
+        for (const QJsonValue& entry : entries) {
+            const QString id = entry.toObject().value(u"id"_s).toString();
+            EXPECT_TRUE(result.out.contains(u"  "_s + id + u"  "_s)) << id.toStdString();
+            const int rank = ringRankOf(id.toStdString());
+            EXPECT_GT(rank, previousRank) << id.toStdString() << " comes after an entry it precedes on the ring";
+            previousRank = rank;
+        }
+        listed += entries.size();
+    }
+    EXPECT_GE(listed, 20);
+}
+
+// Whether a command started libvips (which loads its modules) and whether it loaded libvips at
+// all, from the dynamic loader's own account.
+struct LibvipsUse {
+    int exitCode = -1;
+    bool loaded = false;
+    bool started = false;
+};
+
+LibvipsUse libvipsUse(const QStringList& arguments)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LD_DEBUG"_s, u"files"_s);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(WENDREL_BINARY), arguments);
+    const Result result = finish(process);
+    return {result.exitCode, result.err.contains(u"libvips.so"), result.err.contains(u"/vips-modules-")};
+}
+
+TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
+{
+    const QString photo = folder.filePath(u"photo.png"_s);
+    save(photoLike(64, 48), photo);
+    QDir(QDir::homePath() + u"/.cache/wendrel"_s).removeRecursively();
+
+    struct Case {
+        QStringList arguments;
+        int exitCode;
+        bool loadsLibvips;
+        bool startsLibvips;
+    };
+    const QList<Case> cases{
+        {{u"--version"_s}, 0, false, false},
+        {{u"ring"_s}, 2, false, false},  // a usage error, answered without the command line's module
+        {{u"--help"_s}, 0, true, false},
+        {{u"ops"_s, u"--all"_s}, 0, true, false},
+        {{u"ops"_s, talk}, 0, true, false},
+        {{u"run"_s, u"subtitle.vtt"_s, talk}, 0, true, false},
+        // Which formats can be written is probed once, then known from the cache.
+        {{u"ops"_s, photo}, 0, true, true},
+        {{u"ops"_s, photo}, 0, true, false},
+        {{u"run"_s, u"image.jpg"_s, photo}, 0, true, true},
+    };
+    for (const Case& command : cases) {
+        const std::string shown = command.arguments.join(u' ').toStdString();
+        const LibvipsUse use = libvipsUse(command.arguments);
+        EXPECT_EQ(use.exitCode, command.exitCode) << shown;
+        EXPECT_EQ(use.loaded, command.loadsLibvips) << shown;
+        EXPECT_EQ(use.started, command.startsLibvips) << shown;
+    }
+}
+
+TEST_F(CommandLineTest, AnAgentStartedByRingKeepsOutOfTheCallersTerminal)
+{
+    // No agent runs and nobody serves the display: the agent started for the request fails,
+    // and says why in its log, not on the caller's streams, which it must not hold open either.
+    const QString runtime = folder.filePath(u"run"_s);
+    ASSERT_TRUE(QDir().mkpath(runtime));
+    QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_RUNTIME_DIR"_s, runtime);
+    environment.insert(u"XDG_STATE_HOME"_s, folder.filePath(u"state"_s));
+    environment.insert(u"DISPLAY"_s, u":64999"_s);
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    environment.remove(u"WAYLAND_DISPLAY"_s);
+    process.setProcessEnvironment(environment);
+    // The failing agent aborts; no core file for it.
+    process.setChildProcessModifier([] {
+        const rlimit noCore{0, 0};
+        ::setrlimit(RLIMIT_CORE, &noCore);
+    });
+    process.start(QStringLiteral(WENDREL_BINARY), {u"ring"_s, u"convert"_s, talk});
+    const Result result = finish(process);
+
+    const QString log = folder.filePath(u"state/wendrel/agent.log"_s);
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.err, QStringLiteral("wendrel: %1: SRT doesn't work with this file\n").arg(notes));
-    EXPECT_FALSE(QFileInfo::exists(folder.filePath(QStringLiteral("talk 2.srt"))));
-}
-
-TEST_F(CommandLineTest, UsageErrorsExitWithTwo)
-{
-    EXPECT_EQ(runWendrel({QStringLiteral("run"), QStringLiteral("no.such.entry"), talk}).exitCode, 2);
-    EXPECT_EQ(runWendrel({QStringLiteral("run"), QStringLiteral("subtitle.vtt"), folder.filePath(QStringLiteral("missing.srt"))}).exitCode, 2);
-    EXPECT_EQ(runWendrel({QStringLiteral("frobnicate")}).exitCode, 2);
-    EXPECT_EQ(runWendrel({QStringLiteral("run"), QStringLiteral("--bogus"), QStringLiteral("subtitle.vtt"), talk}).exitCode, 2);
-    EXPECT_EQ(runWendrel({QStringLiteral("ops")}).exitCode, 2);
-}
-
-TEST_F(CommandLineTest, HelpAndVersion)
-{
-    const Result help = runWendrel({QStringLiteral("--help")});
-    EXPECT_EQ(help.exitCode, 0);
-    EXPECT_TRUE(help.out.contains(u"run ENTRY FILE..."));
-    const Result version = runWendrel({QStringLiteral("--version")});
-    EXPECT_EQ(version.exitCode, 0);
-    EXPECT_TRUE(version.out.startsWith(u"wendrel "));
+    EXPECT_TRUE(result.out.isEmpty()) << result.out.toStdString();
+    EXPECT_EQ(result.err, u"wendrel: Wendrel stopped while starting; see "_s + log + u"\n"_s);
+    EXPECT_TRUE(readFile(log).contains(":64999")) << "the agent's own message is in its log: " << readFile(log).toStdString();
 }
 
 TEST_F(CompressCommandTest, SettingsGivenAsOptionsDecideTheResultAndAreNotStored)
