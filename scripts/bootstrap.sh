@@ -21,7 +21,7 @@ packages=(
     libx11-dev libxfixes-dev libxtst-dev libxi-dev libcanberra-dev sound-theme-freedesktop
     xvfb xauth dbus dbus-x11 openbox trayer xdotool x11-utils fonts-dejavu-core desktop-file-utils
     # tests and benchmarks
-    libgtest-dev libgmock-dev libbenchmark-dev unzip zip time python3 lcov
+    libgtest-dev libgmock-dev libbenchmark-dev unzip zip time python3 lcov hyperfine
     # independent readers the tests check outputs with (gio: GLib's desktop-entry Exec reader)
     libimage-exiftool-perl imagemagick libglib2.0-bin
 )

@@ -31,11 +31,11 @@ startup_median() {
     local prepare=$1; shift
     local runs=${BENCH_STARTUP_RUNS:-30}
     if command -v hyperfine >/dev/null; then
-        local csv; csv=$(mktemp)
-        hyperfine -N --style none --warmup 3 --runs "$runs" --prepare "${prepare:-true}" --export-csv "$csv" \
-            "$(printf '%q ' "$@")" >/dev/null 2>&1 || { echo failed; rm -f "$csv"; return; }
-        awk -F, 'NR == 2 { printf "%.1f", $4 * 1000 }' "$csv"
-        rm -f "$csv"
+        local report; report=$(mktemp)
+        hyperfine -N --style none --warmup 3 --runs "$runs" --prepare "${prepare:-true}" --export-json "$report" \
+            "$(printf '%q ' "$@")" >/dev/null 2>&1 || { echo failed; rm -f "$report"; return; }
+        python3 -c 'import json, sys; print("%.1f" % (json.load(open(sys.argv[1]))["results"][0]["median"] * 1000))' "$report"
+        rm -f "$report"
     else
         local times=() run start
         for ((run = 0; run < runs + 3; run++)); do
