@@ -39,8 +39,6 @@ std::optional<RefusedFile> firstRefusedFile(const FileOperation& entry, const QS
     return std::nullopt;
 }
 
-QJsonArray jsonNotes(const JobReport& report) { return QJsonArray::fromStringList(report.notes); }
-
 QJsonObject jsonReport(const QString& entryId, const JobReport& report, bool cancelled)
 {
     QJsonArray failures;
@@ -57,7 +55,7 @@ QJsonObject jsonReport(const QString& entryId, const JobReport& report, bool can
         {QStringLiteral("message"), report.message},
         {QStringLiteral("results"), QJsonArray::fromStringList(report.results)},
         {QStringLiteral("failures"), failures},
-        {QStringLiteral("notes"), jsonNotes(report)},
+        {QStringLiteral("notes"), QJsonArray::fromStringList(report.notes)},
     };
 }
 

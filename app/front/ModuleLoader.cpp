@@ -9,6 +9,18 @@
 
 namespace wendrel {
 
+#ifdef WENDREL_MODULES_LINKED
+
+extern "C" int wendrel_command_line_main(int argc, char** argv);
+extern "C" int wendrel_agent_main(int argc, char** argv);
+
+int runModule(Module module, int argc, char** argv)
+{
+    return module == Module::agent ? wendrel_agent_main(argc, argv) : wendrel_command_line_main(argc, argv);
+}
+
+#else
+
 namespace {
 
 // The executable's own folder, resolved through links: a symbolic link in ~/bin must still
@@ -24,6 +36,7 @@ std::string executableFolder()
 }
 
 }  // namespace
+
 
 int runModule(Module module, int argc, char** argv)
 {
@@ -45,5 +58,7 @@ int runModule(Module module, int argc, char** argv)
     // The module stays loaded: its objects live until the process exits.
     return entry(argc, argv);
 }
+
+#endif
 
 }  // namespace wendrel

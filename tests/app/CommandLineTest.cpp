@@ -321,7 +321,9 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
         const std::string shown = command.arguments.join(u' ').toStdString();
         const LibvipsUse use = libvipsUse(command.arguments);
         EXPECT_EQ(use.exitCode, command.exitCode) << shown;
+#ifndef WENDREL_MODULES_LINKED  // the sanitised build links everything into the executable
         EXPECT_EQ(use.loaded, command.loadsLibvips) << shown;
+#endif
         EXPECT_EQ(use.started, command.startsLibvips) << shown;
     }
 }
