@@ -54,10 +54,18 @@ OperationOutcome packArchive(const QStringList& paths, const OperationContext& c
     })});
 }
 
+QString linksLeftOutNote(int count)
+{
+    if (count == 0)
+        return {};
+    return count == 1 ? translate("1 link left out") : translate("%1 links left out").arg(count);
+}
+
 // One folder per archive, named after it: "Photos.zip" unpacks into "Photos".
 ProducedFile unpackArchive(const QString& path, const OperationContext& context)
 {
-    return context.produce(path, outputName(path, std::nullopt, QString()), [&](const QString& folder) {
+    ZipReader::Extraction extraction;
+    ProducedFile produced = context.produce(path, outputName(path, std::nullopt, QString()), [&](const QString& folder) {
         if (!QDir().mkpath(folder)) {
             throw OperationError(
                 QCoreApplication::translate("OperationContext", "Couldn't create a scratch folder"));
@@ -67,8 +75,10 @@ ProducedFile unpackArchive(const QString& path, const OperationContext& context)
             throw OperationError(translate("Couldn't read “%1”: %2").arg(lastPathComponent(path), archive.errorString()));
         }
         const ZipReader reader(archive);
-        reader.extractAll(folder, progressReporter(context));
+        extraction = reader.extractAll(folder, progressReporter(context));
     });
+    produced.note = linksLeftOutNote(extraction.linksLeftOut);
+    return produced;
 }
 
 }  // namespace

@@ -39,14 +39,21 @@ QString fromCodePage437(QByteArrayView raw)
     return name;
 }
 
-bool isValidUtf8(QByteArrayView raw)
+EntryName fromText(QString text)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString ignored = decoder.decode(raw);
-    return !decoder.hasError();
+    QByteArray onDisk = text.toUtf8();
+    return {std::move(text), std::move(onDisk)};
 }
 
 }  // namespace
+
+bool isValidUtf8(QByteArrayView raw)
+{
+    // Stateless: a sequence cut off at the end is an error, not a wait for more bytes.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString ignored = decoder.decode(raw);
+    return !decoder.hasError();
+}
 
 QByteArrayView findExtraField(QByteArrayView extras, quint16 id)
 {
@@ -62,18 +69,23 @@ QByteArrayView findExtraField(QByteArrayView extras, quint16 id)
     return {};
 }
 
-QString decodeEntryName(QByteArrayView rawName, bool flaggedUtf8, QByteArrayView extraFields)
+EntryName decodeEntryName(QByteArrayView rawName, bool flaggedUtf8, QByteArrayView extraFields,
+                          bool madeOnUnix)
 {
     if (flaggedUtf8)
-        return QString::fromUtf8(rawName);
+        return fromText(QString::fromUtf8(rawName));
 
     // Version 1, the CRC of the name it stands for, then the name in UTF-8.
     const QByteArrayView unicodePath = findExtraField(extraFields, zip::unicodePathExtraId);
     if (unicodePath.size() > 5 && unicodePath[0] == 1
         && zip::readU32(unicodePath, 1) == crc32(rawName)) {
-        return QString::fromUtf8(unicodePath.sliced(5));
+        return fromText(QString::fromUtf8(unicodePath.sliced(5)));
     }
-    return isValidUtf8(rawName) ? QString::fromUtf8(rawName) : fromCodePage437(rawName);
+    if (isValidUtf8(rawName))
+        return fromText(QString::fromUtf8(rawName));
+    if (madeOnUnix)
+        return {QString::fromUtf8(rawName), rawName.toByteArray()};
+    return fromText(fromCodePage437(rawName));
 }
 
 }  // namespace wendrel

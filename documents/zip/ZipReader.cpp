@@ -1,5 +1,6 @@
 #include "ZipReader.h"
 
+#include "ExtractionTarget.h"
 #include "RawDeflate.h"
 #include "ZipEntryName.h"
 #include "operations/FileNames.h"
@@ -12,7 +13,13 @@
 #include <QStorageInfo>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <limits>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace wendrel {
 
@@ -43,11 +50,41 @@ OperationError unwritable(const QString& entryPath, const QString& reason)
         translate("Couldn't write “%1”: %2").arg(lastPathComponent(entryPath), reason));
 }
 
-void makeFolder(const QString& path, const QString& entryPath)
+QString systemReason() { return QString::fromLocal8Bit(std::strerror(errno)); }
+
+// Every folder from `root` down to `path`, which lies below it. Works on bytes, as names that
+// are not UTF-8 must reach the disk unchanged. Below the root, what exists must be a folder
+// itself, never a link to one.
+void makeFolders(const QByteArray& root, const QByteArray& path, const QString& entryPath)
 {
-    if (!QDir().mkpath(path)) {
+    if (!QDir().mkpath(QFile::decodeName(root))) {
         throw OperationError(translate("Couldn't create the folder “%1”")
                                  .arg(lastPathComponent(entryPath)));
+    }
+    for (qsizetype end = root.size() + 1; end <= path.size(); ++end) {
+        if (end < path.size() && path[end] != '/')
+            continue;
+        const QByteArray folder = path.left(end);
+        struct stat status {};
+        if (::mkdir(folder.constData(), 0777) != 0
+            && (errno != EEXIST || ::lstat(folder.constData(), &status) != 0 || !S_ISDIR(status.st_mode))) {
+            throw OperationError(translate("Couldn't create the folder “%1”")
+                                     .arg(lastPathComponent(entryPath)));
+        }
+    }
+}
+
+// A new file, never through a link: the folder is the archive's alone, so a link found there
+// is out of place and not to be followed.
+void openNewFile(QFile& file, const QByteArray& path, const QString& entryPath)
+{
+    const int descriptor =
+        ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        throw unwritable(entryPath, systemReason());
+    if (!file.open(descriptor, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(descriptor);
+        throw unwritable(entryPath, file.errorString());
     }
 }
 
@@ -57,17 +94,10 @@ void restoreAttributes(QFile& file, const ZipReader::Entry& entry)
     const QDateTime modified = fromDosDateTime(entry.modified);
     if (modified.isValid())
         file.setFileTime(modified, QFileDevice::FileModificationTime);
-    const quint32 mode = entry.unixMode();
-    if (mode & 0111) {
-        QFileDevice::Permissions permissions = file.permissions();
-        if (mode & 0100)
-            permissions |= QFileDevice::ExeOwner | QFileDevice::ExeUser;
-        if (mode & 0010)
-            permissions |= QFileDevice::ExeGroup;
-        if (mode & 0001)
-            permissions |= QFileDevice::ExeOther;
-        file.setPermissions(permissions);
-    }
+    const quint32 execute = entry.unixMode() & 0111;
+    struct stat status {};
+    if (execute != 0 && ::fstat(file.handle(), &status) == 0)
+        ::fchmod(file.handle(), (status.st_mode & 07777) | execute);
 }
 
 }  // namespace
@@ -138,10 +168,13 @@ void ZipReader::readCentralDirectory(qint64 offset, quint64 count)
 
         Entry entry;
         entry.flags = readU16(fixed, 8);
-        entry.path = decodeEntryName(name, entry.flags & flagUtf8Name, extras);
+        entry.versionMadeBy = readU16(fixed, 4);
+        EntryName decoded = decodeEntryName(name, entry.flags & flagUtf8Name, extras,
+                                            (entry.versionMadeBy >> 8) == hostUnix);
+        entry.path = std::move(decoded.text);
+        entry.pathOnDisk = std::move(decoded.onDisk);
         entry.method = readU16(fixed, 10);
         entry.modified = {readU16(fixed, 12), readU16(fixed, 14)};
-        entry.versionMadeBy = readU16(fixed, 4);
         entry.externalAttributes = readU32(fixed, 38);
 
         // A 32-bit field at its maximum means the value is in the ZIP64 field, which holds
@@ -242,30 +275,67 @@ void ZipReader::copyPayload(const Entry& entry, qint64 payloadStart, QIODevice& 
     }
 }
 
-void ZipReader::extractAll(const QString& folder, const Progress& progress) const
+bool ZipReader::recordsOverlap() const
+{
+    // Each record's local header and contents, by where they start. Records whose header can't
+    // be read are left to the walk, which reports them when it gets there.
+    struct Span {
+        qint64 start;
+        qint64 end;
+    };
+    QList<Span> spans;
+    spans.reserve(m_entries.size());
+    for (const Entry& entry : m_entries) {
+        if (entry.localHeaderOffset < 0 || entry.compressedSize < 0)
+            continue;
+        const QByteArray header = readAt(entry.localHeaderOffset, localHeaderSize);
+        if (header.size() < localHeaderSize || readU32(header, 0) != localHeaderSignature)
+            continue;
+        const qint64 payloadStart =
+            entry.localHeaderOffset + localHeaderSize + readU16(header, 26) + readU16(header, 28);
+        spans.append({entry.localHeaderOffset,
+                      payloadStart + std::min(entry.compressedSize, m_archiveSize)});
+    }
+    std::sort(spans.begin(), spans.end(),
+              [](const Span& a, const Span& b) { return a.start < b.start; });
+    qint64 reached = 0;
+    for (const Span& span : std::as_const(spans)) {
+        if (span.start < reached)
+            return true;
+        reached = std::max(reached, span.end);
+    }
+    return false;
+}
+
+ZipReader::Extraction ZipReader::extractAll(const QString& folder, const Progress& progress) const
 {
     const QString base = QDir::cleanPath(QDir(folder).absolutePath());
-    const QString prefix = base + u'/';
+    const QByteArray root = QFile::encodeName(base);
 
     struct Target {
         const Entry* entry;
-        QString path;
+        QByteArray path;
     };
     QList<Target> targets;
+    Extraction extraction;
     qint64 total = 0;
     for (const Entry& entry : m_entries) {
         if (entry.path.startsWith(QLatin1String("__MACOSX/")))
             continue;
-        // Resolving "." and ".." first, then comparing, catches every way out: "../", "a/../../",
-        // and absolute-looking names that climb.
-        const QString target = QDir::cleanPath(prefix + entry.path);
-        if (!target.startsWith(prefix))
+        std::optional<QByteArray> target = extractionTarget(root, entry.pathOnDisk);
+        if (!target)
             continue;
         if (entry.size < 0)
             throw damaged();
+        if (!entry.isFolder() && entry.isSymbolicLink()) {
+            ++extraction.linksLeftOut;
+            continue;
+        }
         total += std::min(entry.size, std::numeric_limits<qint64>::max() - total);
-        targets.append({&entry, target});
+        targets.append({&entry, std::move(*target)});
     }
+    if (recordsOverlap())
+        throw damaged();
 
     // Entries never inflate past their stated sizes, so this total bounds what gets written.
     const QStorageInfo storage(base);
@@ -279,27 +349,22 @@ void ZipReader::extractAll(const QString& folder, const Progress& progress) cons
             progress(done, total);
     };
     advance(0);
-    QString lastFolder;
+    QByteArray lastFolder;
     for (const Target& target : std::as_const(targets)) {
         const Entry& entry = *target.entry;
         if (entry.isFolder()) {
-            makeFolder(target.path, entry.path);
+            makeFolders(root, target.path, entry.path);
             continue;
         }
-        // Links are refused, never created: a link written first could lead a later entry
-        // out of the folder.
-        if (entry.isSymbolicLink())
-            throw OperationError(translate("ZIP archives with links aren't supported"));
-        const QString parent = target.path.left(target.path.lastIndexOf(u'/'));
+        const QByteArray parent = target.path.left(target.path.lastIndexOf('/'));
         if (parent != lastFolder) {
-            makeFolder(parent, entry.path);
+            makeFolders(root, parent, entry.path);
             lastFolder = parent;
         }
         // Checked before the file is made, so an entry that can't be read leaves no empty file.
         const qint64 payloadStart = checkedPayloadStart(entry);
-        QFile file(target.path);
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            throw unwritable(entry.path, file.errorString());
+        QFile file;
+        openNewFile(file, target.path, entry.path);
         copyPayload(entry, payloadStart, file, advance);
         // Flushed first: a later write would set the modification time anew.
         if (!file.flush())
@@ -307,6 +372,7 @@ void ZipReader::extractAll(const QString& folder, const Progress& progress) cons
         restoreAttributes(file, entry);
         file.close();
     }
+    return extraction;
 }
 
 }  // namespace wendrel

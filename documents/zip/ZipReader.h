@@ -21,6 +21,7 @@ class ZipReader {
 public:
     struct Entry {
         QString path;                   // as the archive names it, "/" between folders
+        QByteArray pathOnDisk;          // what it unpacks to: the UTF-8 of `path`, or raw bytes
         quint16 method = 0;
         qint64 compressedSize = 0;      // negative when the archive gives an absurd value
         qint64 size = 0;                // uncompressed; negative when absurd
@@ -56,17 +57,24 @@ public:
     // ZIP archives aren't supported". The CRC is not checked.
     void extract(const Entry& entry, QIODevice& destination) const;
 
-    // Writes every entry below `folder`, which should be new and empty, in directory order.
-    // Entries under "__MACOSX/" and entries whose path would land outside the folder (or on it)
-    // are skipped without a word; nothing is ever written outside. Before the first byte,
-    // refuses an archive whose contents would not fit on the disk. The first error ends the
-    // walk; what was written stays.
-    void extractAll(const QString& folder, const Progress& progress = {}) const;
+    struct Extraction {
+        int linksLeftOut = 0;  // link entries, which are never made
+    };
+
+    // Writes every file and folder entry below `folder`, which should be new and empty, in
+    // directory order. Entries under "__MACOSX/" and entries whose path would land outside the
+    // folder (or on it) are skipped without a word; links are left out and counted, as a link
+    // written first could lead a later entry out of the folder. Nothing is ever written outside.
+    // Before the first byte, refuses an archive whose contents would not fit on the disk, and
+    // as damaged one whose entries share bytes: records overlapping each other let a few
+    // kilobytes unpack to any size. The first error ends the walk; what was written stays.
+    Extraction extractAll(const QString& folder, const Progress& progress = {}) const;
 
 private:
     void readCentralDirectory(qint64 offset, quint64 count);
     QByteArray readAt(qint64 offset, qint64 length) const;
     qint64 checkedPayloadStart(const Entry& entry) const;
+    bool recordsOverlap() const;
     void copyPayload(const Entry& entry, qint64 payloadStart, QIODevice& destination,
                      const std::function<void(qint64)>& written) const;
 

@@ -2,16 +2,21 @@
 
 #include "Crc32.h"
 #include "DeflatePipeline.h"
+#include "ZipFolderPlan.h"
+#include "ZipRecords.h"
 #include "operations/FileNames.h"
 #include "operations/OperationError.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace wendrel {
 
@@ -27,15 +32,28 @@ constexpr qint64 readAheadBudget = 8 * pieceSize;
 
 QString translate(const char* text) { return QCoreApplication::translate("ZipWriter", text); }
 
-OperationError unreadable(const QString& path, const QString& reason)
+QString shownName(const QByteArray& path) { return lastPathComponent(QFile::decodeName(path)); }
+
+OperationError unreadable(const QByteArray& path, const QString& reason)
 {
-    return OperationError(translate("Couldn't read “%1”: %2").arg(lastPathComponent(path), reason));
+    return OperationError(translate("Couldn't read “%1”: %2").arg(shownName(path), reason));
 }
 
-OperationError changedWhilePacking(const QString& path)
+OperationError changedWhilePacking(const QByteArray& path)
 {
-    return OperationError(
-        translate("“%1” changed while it was being packed").arg(lastPathComponent(path)));
+    return OperationError(translate("“%1” changed while it was being packed").arg(shownName(path)));
+}
+
+// By its bytes, as a name that is not UTF-8 has no QString that leads back to it.
+void openForReading(QFile& file, const QByteArray& path)
+{
+    const int descriptor = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        throw unreadable(path, QString::fromLocal8Bit(std::strerror(errno)));
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(descriptor);
+        throw unreadable(path, file.errorString());
+    }
 }
 
 qint64 pieceCount(qint64 size) { return (size + pieceSize - 1) / pieceSize; }
@@ -66,55 +84,16 @@ void ZipWriter::addEntry(const QString& name, const QByteArray& data, Compressio
 
 void ZipWriter::addItem(const QString& path, const QString& name)
 {
-    QString item = path;
-    while (item.size() > 1 && item.endsWith(u'/'))
-        item.chop(1);
-    QStringList foldersAbove;
-    planItem(item, name, foldersAbove);
-}
-
-void ZipWriter::planItem(const QString& path, const QString& name, QStringList& foldersAbove)
-{
-    const QFileInfo info(path);
-    if (info.isDir()) {
-        // A link back up to a folder that is being added would make the archive endless.
-        const QString canonical = info.canonicalFilePath();
-        if (foldersAbove.contains(canonical))
-            return;
-        const QDir folder(path);
-        if (!folder.isReadable())
-            throw unreadable(path, translate("Permission denied"));
-        plan({.name = (name + u'/').toUtf8(),
-              .path = {},
+    const QDateTime now = QDateTime::currentDateTime();
+    for (PlannedItem& item : planItem(diskView(), QFile::encodeName(path), name.toUtf8())) {
+        const bool folder = item.sourcePath.isEmpty();
+        const QDateTime modified = item.modified.isValid() ? item.modified : now;
+        plan({.name = std::move(item.name),
+              .path = std::move(item.sourcePath),
               .data = {},
-              .size = 0,
-              .store = true,
-              .modified = toDosDateTime(QDateTime::currentDateTime())});
-
-        // Without QDir::Hidden and QDir::System the listing leaves out hidden items, broken
-        // links, sockets, pipes and devices: reading a pipe could wait forever.
-        QFileInfoList children = folder.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot,
-                                                      QDir::NoSort);
-        std::sort(children.begin(), children.end(), [](const QFileInfo& a, const QFileInfo& b) {
-            return a.fileName().compare(b.fileName(), Qt::CaseSensitive) < 0;
-        });
-        foldersAbove.append(canonical);
-        for (const QFileInfo& child : std::as_const(children))
-            planItem(child.filePath(), name + u'/' + child.fileName(), foldersAbove);
-        foldersAbove.removeLast();
-    } else if (info.isFile()) {
-        const QDateTime modified = info.lastModified();
-        plan({.name = name.toUtf8(),
-              .path = path,
-              .data = {},
-              .size = info.size(),
-              .store = false,
-              .modified = toDosDateTime(modified.isValid() ? modified : QDateTime::currentDateTime())});
-    } else if (info.exists()) {
-        throw OperationError(
-            translate("“%1” is neither a file nor a folder").arg(lastPathComponent(path)));
-    } else {
-        throw unreadable(path, translate("No such file or folder"));
+              .size = item.size,
+              .store = folder,
+              .modified = toDosDateTime(modified)});
     }
 }
 
@@ -135,8 +114,9 @@ QByteArray ZipWriter::readPiece(const PlannedEntry& entry, qint64 from, qint64 l
     if (entry.path.isEmpty())
         return QByteArray::fromRawData(entry.data.constData() + from, length);
 
-    QFile file(entry.path);
-    if (!file.open(QIODevice::ReadOnly) || !file.seek(from))
+    QFile file;
+    openForReading(file, entry.path);
+    if (!file.seek(from))
         throw unreadable(entry.path, file.errorString());
     QByteArray bytes = file.read(length);
     if (file.error() != QFileDevice::NoError)
@@ -256,9 +236,8 @@ quint32 ZipWriter::copyStored(const PlannedEntry& entry)
         write(entry.data);
         return crc32(entry.data);
     }
-    QFile file(entry.path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw unreadable(entry.path, file.errorString());
+    QFile file;
+    openForReading(file, entry.path);
     quint32 crc = 0;
     for (qint64 copied = 0; copied < entry.size;) {
         const QByteArray bytes = file.read(std::min(pieceSize, entry.size - copied));
@@ -275,75 +254,18 @@ quint32 ZipWriter::copyStored(const PlannedEntry& entry)
     return crc;
 }
 
-bool ZipWriter::hasZip64Sizes(const PlannedEntry& entry) const
-{
-    return static_cast<quint64>(entry.size) >= m_options.zip64Threshold;
-}
-
 QByteArray ZipWriter::localHeader(const PlannedEntry& entry, const WrittenEntry& written) const
 {
-    const bool zip64 = hasZip64Sizes(entry);
-    QByteArray header;
-    header.reserve(localHeaderSize + entry.name.size() + 20);
-    LittleEndianWriter out(header);
-    out.u32(localHeaderSignature);
-    appendSharedFields(out, entry, written, zip64 ? versionNeededZip64 : versionNeededPlain,
-                       zip64 ? 20 : 0);
-    out.bytes(entry.name);
-    // A local ZIP64 field always holds both sizes, so its length never depends on them.
-    if (zip64) {
-        out.u16(zip64ExtraId).u16(16).u64(static_cast<quint64>(written.size))
-            .u64(static_cast<quint64>(written.compressedSize));
-    }
-    return header;
-}
-
-void ZipWriter::appendSharedFields(LittleEndianWriter& out, const PlannedEntry& entry,
-                                   const WrittenEntry& written, quint16 versionNeeded,
-                                   quint16 extraLength) const
-{
-    const bool zip64 = hasZip64Sizes(entry);
-    out.u16(versionNeeded)
-        .u16(flagUtf8Name)
-        .u16(written.method)
-        .u16(entry.modified.time)
-        .u16(entry.modified.date)
-        .u32(written.crc)
-        .u32(zip64 ? zip64Marker32 : static_cast<quint32>(written.compressedSize))
-        .u32(zip64 ? zip64Marker32 : static_cast<quint32>(written.size))
-        .u16(static_cast<quint16>(entry.name.size()))
-        .u16(extraLength);
+    return zip::localHeader({entry.name, written.method, written.crc, written.compressedSize,
+                             written.size, written.offset, entry.modified},
+                            m_options.zip64Threshold);
 }
 
 QByteArray ZipWriter::centralRecord(const PlannedEntry& entry, const WrittenEntry& written) const
 {
-    const bool zip64Sizes = hasZip64Sizes(entry);
-    const bool zip64Offset = static_cast<quint64>(written.offset) >= m_options.zip64Threshold;
-    const quint16 extraLength = (zip64Sizes || zip64Offset ? 4 : 0) + (zip64Sizes ? 16 : 0)
-                                + (zip64Offset ? 8 : 0);
-    QByteArray record;
-    record.reserve(centralRecordSize + entry.name.size() + extraLength);
-    LittleEndianWriter out(record);
-    out.u32(centralRecordSignature).u16(versionMadeByUnix);
-    appendSharedFields(out, entry, written,
-                       extraLength > 0 ? versionNeededZip64 : versionNeededPlain, extraLength);
-    out.u16(0)  // comment length
-        .u16(0)  // disk number
-        .u16(0)  // internal attributes
-        .u32(entry.name.endsWith('/') ? folderAttributes : fileAttributes)
-        .u32(zip64Offset ? zip64Marker32 : static_cast<quint32>(written.offset))
-        .bytes(entry.name);
-    // Only the fields marked above follow, in this order.
-    if (extraLength > 0) {
-        out.u16(zip64ExtraId).u16(extraLength - 4);
-        if (zip64Sizes) {
-            out.u64(static_cast<quint64>(written.size))
-                .u64(static_cast<quint64>(written.compressedSize));
-        }
-        if (zip64Offset)
-            out.u64(static_cast<quint64>(written.offset));
-    }
-    return record;
+    return zip::centralRecord({entry.name, written.method, written.crc, written.compressedSize,
+                               written.size, written.offset, entry.modified},
+                              m_options.zip64Threshold);
 }
 
 void ZipWriter::writeEnd()
@@ -352,38 +274,7 @@ void ZipWriter::writeEnd()
     const qint64 centralSize = m_central.size();
     write(m_central);
     m_central = QByteArray();
-
-    const quint64 limit = m_options.zip64Threshold;
-    const bool manyEntries = m_count > zip64Marker16;
-    const bool farOffset = static_cast<quint64>(centralOffset) >= limit;
-    const bool largeCentral = static_cast<quint64>(centralSize) >= limit;
-
-    QByteArray end;
-    LittleEndianWriter out(end);
-    if (manyEntries || farOffset || largeCentral) {
-        const qint64 zip64EndOffset = m_position;
-        out.u32(zip64EndRecordSignature)
-            .u64(zip64EndRecordSize - 12)  // the record's size after this field
-            .u16(versionMadeByUnix)
-            .u16(versionNeededZip64)
-            .u32(0)  // this disk
-            .u32(0)  // the disk where the central directory starts
-            .u64(m_count)
-            .u64(m_count)
-            .u64(static_cast<quint64>(centralSize))
-            .u64(static_cast<quint64>(centralOffset));
-        out.u32(zip64LocatorSignature).u32(0).u64(static_cast<quint64>(zip64EndOffset)).u32(1);
-    }
-    const quint16 count16 = manyEntries ? zip64Marker16 : static_cast<quint16>(m_count);
-    out.u32(endRecordSignature)
-        .u16(0)
-        .u16(0)
-        .u16(count16)
-        .u16(count16)
-        .u32(largeCentral ? zip64Marker32 : static_cast<quint32>(centralSize))
-        .u32(farOffset ? zip64Marker32 : static_cast<quint32>(centralOffset))
-        .u16(0);
-    write(end);
+    write(endRecords(m_count, centralOffset, centralSize, m_options.zip64Threshold));
 }
 
 void ZipWriter::write(QByteArrayView bytes)

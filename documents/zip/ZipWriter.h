@@ -23,6 +23,7 @@ class OperationError;
 // memory stays bounded whatever the archive's size, and the bytes are the same whatever the
 // number of threads.
 //
+// Which entries a folder gives is ZipFolderPlan's rule; the bytes of each record are ZipRecords'.
 // An ordinary archive holds exactly: per entry a local header (version 20, flag 0x0800 for UTF-8
 // names, no extra field) followed directly by the stored or raw-deflated contents; central
 // records made by Unix 3.0 with mode 0644 for files and 040755 plus the MS-DOS folder bit for
@@ -56,11 +57,10 @@ public:
     void addEntry(const QString& name, const QByteArray& data, Compression compression,
                   const QDateTime& modified);
 
-    // Adds a file, or a folder entry followed by everything in the folder: hidden items and
-    // anything that is neither file nor folder are left out, children come in name order,
-    // folder entries carry the current time and files their modification time. A link that
-    // leads back up to a folder being added is not followed. Throws OperationError naming the
-    // item when it can't be read.
+    // Adds a file, or a folder entry followed by everything in the folder, as planItem() lays
+    // them out on the real disk: folder entries carry the current time and files their
+    // modification time. Names inside folders that are not UTF-8 keep their bytes. Throws
+    // OperationError naming the item when it can't be read.
     void addItem(const QString& path, const QString& name);
 
     // Writes every planned entry, the central directory and the end record; the file ends
@@ -69,8 +69,8 @@ public:
 
 private:
     struct PlannedEntry {
-        QByteArray name;     // UTF-8
-        QString path;        // the file to read; empty for contents in memory
+        QByteArray name;     // UTF-8, or the bytes of a name that isn't
+        QByteArray path;     // the file to read, in the system's bytes; empty for contents in memory
         QByteArray data;     // contents in memory
         qint64 size = 0;
         bool store = false;
@@ -85,7 +85,6 @@ private:
         qint64 offset = 0;
     };
 
-    void planItem(const QString& path, const QString& name, QStringList& foldersAbove);
     void plan(PlannedEntry entry);
     QByteArray readPiece(const PlannedEntry& entry, qint64 from, qint64 length, bool last) const;
 
@@ -96,11 +95,6 @@ private:
 
     QByteArray localHeader(const PlannedEntry& entry, const WrittenEntry& written) const;
     QByteArray centralRecord(const PlannedEntry& entry, const WrittenEntry& written) const;
-    // From "version needed" to the extra field's length: the same in both headers.
-    void appendSharedFields(zip::LittleEndianWriter& out, const PlannedEntry& entry,
-                            const WrittenEntry& written, quint16 versionNeeded,
-                            quint16 extraLength) const;
-    bool hasZip64Sizes(const PlannedEntry& entry) const;
 
     void write(QByteArrayView bytes);
     void seek(qint64 position);

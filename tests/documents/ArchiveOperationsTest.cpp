@@ -11,6 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 using namespace wendrel;
 using namespace wendrel::test;
 
@@ -60,6 +63,12 @@ TEST_F(ArchiveOperationsTest, ArchiveIsNamedAfterWhatWasDropped)
     const ToolRun listing = runTool(QStringLiteral("zipinfo"), {QStringLiteral("-1"), path(QStringLiteral("Archive.zip"))});
     EXPECT_EQ(listing.output, u"notes.txt\nDocs/\nDocs/letter.txt\n");
     EXPECT_EQ(readFile(path(QStringLiteral("Report.pdf"))), "%PDF-1.4 not really");
+
+    // An archive called "...zip" would unpack into "..", the folder above.
+    ASSERT_TRUE(QFile::copy(path(QStringLiteral("Archive.zip")), path(QStringLiteral("...zip"))));
+    const JobReport dots = run("archive.unzip", {path(QStringLiteral("...zip"))});
+    EXPECT_EQ(dots.results, QStringList{path(QStringLiteral("Untitled"))});
+    EXPECT_EQ(readFile(path(QStringLiteral("Untitled/notes.txt"))), "notes");
 }
 
 TEST_F(ArchiveOperationsTest, UnzipGivesAFolderBesideTheArchiveWithWhatWasPacked)
@@ -80,18 +89,57 @@ TEST_F(ArchiveOperationsTest, UnzipGivesAFolderBesideTheArchiveWithWhatWasPacked
     EXPECT_EQ(readFile(packed.results.first()), archive);
 }
 
-TEST_F(ArchiveOperationsTest, ArchivesMadeByOtherToolsUnpackSideBySide)
+TEST_F(ArchiveOperationsTest, LinksAreLeftOutEverythingElseUnpackedAndTheReportSaysHowMany)
 {
     writeFile(path(QStringLiteral("Tree/a.txt")), "alpha alpha alpha alpha");
-    writeFile(path(QStringLiteral("Tree/b/c.txt")), "gamma");
-    ASSERT_EQ(runTool(QStringLiteral("zip"), {QStringLiteral("-qr"), QStringLiteral("one.zip"), QStringLiteral("Tree")}, folder.path()).exitCode, 0);
-    ASSERT_EQ(runTool(QStringLiteral("7z"), {QStringLiteral("a"), QStringLiteral("-tzip"), QStringLiteral("two.zip"), QStringLiteral("Tree")}, folder.path()).exitCode, 0);
+    ASSERT_TRUE(QFile::link(QStringLiteral("/etc"), path(QStringLiteral("Tree/etc"))));
+    ASSERT_EQ(runTool(QStringLiteral("zip"), {QStringLiteral("-qry"), QStringLiteral("one.zip"), QStringLiteral("Tree")}, folder.path()).exitCode, 0);
+    ASSERT_TRUE(QFile::copy(QStringLiteral(WENDREL_TEST_DATA "/zip-with-links.zip"), path(QStringLiteral("two.zip"))));
 
-    const JobReport report = run("archive.unzip", {path(QStringLiteral("one.zip")), path(QStringLiteral("two.zip"))});
-    ASSERT_TRUE(report.succeeded) << report.message.toStdString();
-    EXPECT_EQ(report.results, (QStringList{path(QStringLiteral("one")), path(QStringLiteral("two"))}));
-    EXPECT_EQ(treeContents(path(QStringLiteral("one"))), treeContents(path(QStringLiteral("two"))));
-    EXPECT_EQ(readFile(path(QStringLiteral("one/Tree/b/c.txt"))), "gamma");
+    struct Case {
+        const char* archive;
+        const char* message;
+        QStringList files;  // what the folder holds below "Tree"
+    };
+    const Case cases[] = {
+        {"one.zip", "one (1 link left out)", {QStringLiteral("a.txt")}},
+        {"two.zip", "two (2 links left out)", {QStringLiteral("after.txt"), QStringLiteral("readme.txt")}},
+    };
+    for (const Case& row : cases) {
+        const JobReport report = run("archive.unzip", {path(QString::fromUtf8(row.archive))});
+        ASSERT_TRUE(report.succeeded) << report.message.toStdString();
+        EXPECT_EQ(report.message, QString::fromUtf8(row.message));
+        EXPECT_EQ(folderEntries(report.results.first() + QStringLiteral("/Tree")), row.files);
+    }
+}
+
+TEST_F(ArchiveOperationsTest, NamesThatAreNotUtf8KeepTheirBytesThereAndBack)
+{
+    const QString names = path(QStringLiteral("Names"));
+    writeFile(names + QStringLiteral("/Grüße.txt"), "utf-8");
+    const QByteArray raw = QFile::encodeName(names) + "/Caf\xe9.txt";
+    const int descriptor = ::open(raw.constData(), O_WRONLY | O_CREAT, 0644);
+    ASSERT_GE(descriptor, 0);
+    ASSERT_EQ(::write(descriptor, "latin-1", 7), 7);
+    ::close(descriptor);
+
+    const JobReport packed = run("archive.zip", {names});
+    ASSERT_TRUE(packed.succeeded) << packed.message.toStdString();
+    EXPECT_EQ(independentCheckFailures(packed.results.first()), QStringList());
+    // The UTF-8 flag only on the name that is UTF-8, as Python reads it.
+    const ToolRun flags = runPython(QStringLiteral("import sys, zipfile\n"
+                                                   "for i in zipfile.ZipFile(sys.argv[1]).infolist(): print(i.flag_bits & 0x800)\n"),
+                                    {packed.results.first()});
+    EXPECT_EQ(flags.output, u"2048\n0\n2048\n");  // Names/, Caf\xe9.txt, Grüße.txt
+
+    const JobReport unpacked = run("archive.unzip", packed.results);
+    ASSERT_TRUE(unpacked.succeeded) << unpacked.message.toStdString();
+    EXPECT_EQ(readFile(unpacked.results.first() + QStringLiteral("/Names/Grüße.txt")), "utf-8");
+    QFile back;
+    const int found = ::open((QFile::encodeName(unpacked.results.first()) + "/Names/Caf\xe9.txt").constData(), O_RDONLY);
+    ASSERT_GE(found, 0) << "the name's bytes changed";
+    ASSERT_TRUE(back.open(found, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle));
+    EXPECT_EQ(back.readAll(), "latin-1");
 }
 
 TEST_F(ArchiveOperationsTest, BadArchivesLeaveNothingBehindAndSayWhy)
@@ -105,6 +153,7 @@ TEST_F(ArchiveOperationsTest, BadArchivesLeaveNothingBehindAndSayWhy)
     bad[local + 30 + le16(good, local + 26) + le16(good, local + 28)] = '\xff';  // the first byte of the data
     writeFile(path(QStringLiteral("bad.zip")), bad);
     writeFile(path(QStringLiteral("fake.zip")), "just text with a zip name");
+    ASSERT_TRUE(QFile::copy(QStringLiteral(WENDREL_TEST_DATA "/zip-overlapping-records.zip"), path(QStringLiteral("overlapping.zip"))));
 
     struct Case {
         const char* name;
@@ -114,6 +163,7 @@ TEST_F(ArchiveOperationsTest, BadArchivesLeaveNothingBehindAndSayWhy)
         {"fake.zip", "Not a ZIP archive"},
         {"bad.zip", "Damaged ZIP archive"},
         {"locked.zip", "Encrypted ZIP archives aren't supported"},
+        {"overlapping.zip", "Damaged ZIP archive"},
     };
     const QStringList before = folderEntries(folder.path());
     for (const Case& broken : cases) {
