@@ -77,6 +77,7 @@ TEST_F(ArchiveOperationsTest, UnzipGivesAFolderBesideTheArchiveWithWhatWasPacked
     makeSampleTree(sample);
     const JobReport packed = run("archive.zip", {sample});
     ASSERT_TRUE(packed.succeeded) << packed.message.toStdString();
+    EXPECT_EQ(independentCheckFailures(packed.results.first()), QStringList());
     const QByteArray archive = readFile(packed.results.first());
 
     const JobReport unpacked = run("archive.unzip", packed.results);

@@ -283,38 +283,6 @@ TEST_F(ZipWriterTest, FilesKeepTheirTimeFromBefore1980UnderIt)
     EXPECT_LE(stamped, after);
 }
 
-TEST_F(ZipWriterTest, SampleTreePassesEveryCheckerAndReadsBackByteForByte)
-{
-    const QString source = path(QStringLiteral("Sample"));
-    makeSampleTree(source);
-    const QString archive = path(QStringLiteral("sample.zip"));
-    writeArchive(archive, [&](ZipWriter& writer) { writer.addItem(source, QStringLiteral("Sample")); });
-    EXPECT_EQ(independentCheckFailures(archive), QStringList());
-
-    // Python's reading of every entry, against the files themselves.
-    const ToolRun listing = runPython(
-        QStringLiteral("import sys, zipfile, hashlib\n"
-                       "for i in zipfile.ZipFile(sys.argv[1]).infolist():\n"
-                       "    print(i.filename, i.compress_type, hashlib.sha256(zipfile.ZipFile(sys.argv[1]).read(i)).hexdigest())\n"),
-        {archive});
-    ASSERT_EQ(listing.exitCode, 0) << listing.output.toStdString();
-    QStringList expected;
-    QMap<QString, QByteArray> tree = treeContents(source);
-    tree.remove(QStringLiteral(".hidden"));
-    tree.insert(QString(), {});  // the folder itself
-    for (auto item = tree.cbegin(); item != tree.cend(); ++item) {
-        // The large text and the mixed file shrink; the noise falls back to stored after trying.
-        const int method = item.key() == u"big.txt" || item.key() == u"mixed.bin" ? 8 : 0;
-        const QByteArray hash = QCryptographicHash::hash(item.value(), QCryptographicHash::Sha256);
-        expected.append(QStringLiteral("Sample/%1 %2 %3")
-                            .arg(item.key()).arg(method).arg(QString::fromLatin1(hash.toHex())));
-    }
-    QStringList actual = listing.output.split(u'\n', Qt::SkipEmptyParts);
-    actual.sort();
-    expected.sort();
-    EXPECT_EQ(actual, expected);
-}
-
 TEST_F(ZipWriterTest, BytesAreTheSameWhateverTheNumberOfThreads)
 {
     const QString source = path(QStringLiteral("Sample"));
@@ -419,10 +387,7 @@ TEST_F(ZipWriterTest, MoreThan65535EntriesGetAZip64EndRecord)
     EXPECT_EQ(le16(bytes, bytes.size() - 22 + 10), 0xFFFF);
     EXPECT_EQ(le32(bytes, bytes.size() - 42), 0x07064B50u);
 
-    const ToolRun unzip = runTool(QStringLiteral("unzip"), {QStringLiteral("-tq"), many});
-    EXPECT_EQ(unzip.exitCode, 0) << unzip.output.toStdString();
-    const ToolRun sevenZip = runTool(QStringLiteral("7z"), {QStringLiteral("t"), many});
-    EXPECT_EQ(sevenZip.exitCode, 0) << sevenZip.output.toStdString();
+    EXPECT_EQ(independentCheckFailures(many), QStringList());
     const ToolRun python = runPython(
         QStringLiteral("import sys, zipfile\nz = zipfile.ZipFile(sys.argv[1])\n"
                        "print(len(z.infolist()), z.read('69999').decode())\n"),
