@@ -293,15 +293,6 @@ TEST_F(ZipReaderTest, EntryPast4GiBInAnArchiveWithAHoleIsFound)
         zerosCrc = crc32Combine(zerosCrc, megabyteCrc, megabyte.size());
     zerosCrc = crc32(QByteArray(16, '\0'), zerosCrc);
 
-    // Little-endian fields of the given widths, one record per line.
-    const auto record = [](std::initializer_list<std::pair<quint64, int>> fields, const QByteArray& tail = {}) {
-        QByteArray bytes;
-        for (const auto& [value, width] : fields) {
-            for (int index = 0; index < width; ++index)
-                bytes += static_cast<char>(value >> (8 * index));
-        }
-        return bytes + tail;
-    };
     const quint32 afterCrc = crc32("found me");
     const QByteArray head = record({{0x04034B50, 4}, {45, 2}, {0, 2}, {0, 2}, {0x21'0000, 4}, {zerosCrc, 4}, {~0u, 4}, {~0u, 4},
                                     {9, 2}, {20, 2}}, "zeros.bin")

@@ -148,6 +148,16 @@ quint64 le64(const QByteArray& bytes, qsizetype offset)
     return le32(bytes, offset) | static_cast<quint64>(le32(bytes, offset + 4)) << 32;
 }
 
+QByteArray record(std::initializer_list<std::pair<quint64, int>> fields, const QByteArray& tail)
+{
+    QByteArray bytes;
+    for (const auto& [value, width] : fields) {
+        for (int index = 0; index < width; ++index)
+            bytes += static_cast<char>(value >> (8 * index));
+    }
+    return bytes + tail;
+}
+
 void putLe16(QByteArray& bytes, qsizetype offset, quint16 value)
 {
     checkRange(bytes, offset, 2);

@@ -8,6 +8,8 @@
 #include <QStringList>
 
 #include <functional>
+#include <initializer_list>
+#include <utility>
 
 // Helpers shared by the ZIP tests: the independent tools that judge our archives and make
 // others', and a reader of little-endian fields that owes nothing to the code under test.
@@ -47,6 +49,10 @@ void writeArchive(const QString& path, const std::function<void(ZipWriter&)>& fi
 quint16 le16(const QByteArray& bytes, qsizetype offset);
 quint32 le32(const QByteArray& bytes, qsizetype offset);
 quint64 le64(const QByteArray& bytes, qsizetype offset);
+
+// Little-endian fields, each a value and its width in bytes, followed by `tail`: a record as
+// the format describes it, field by field.
+QByteArray record(std::initializer_list<std::pair<quint64, int>> fields, const QByteArray& tail = {});
 
 void putLe16(QByteArray& bytes, qsizetype offset, quint16 value);
 void putLe32(QByteArray& bytes, qsizetype offset, quint32 value);

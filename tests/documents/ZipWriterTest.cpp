@@ -94,47 +94,28 @@ TEST_F(ZipWriterTest, HeadersHoldExactlyTheFieldsOfAnOrdinaryArchive)
     for (int index = 0; index < 3; ++index) {
         const Expected& entry = entries[index];
         SCOPED_TRACE(entry.name.toStdString());
-        const qsizetype record = central[index];
-        EXPECT_EQ(le32(archive, local), 0x04034B50u);
-        EXPECT_EQ(le16(archive, local + 4), 20);
-        EXPECT_EQ(le16(archive, local + 6), 0x0800);
-        EXPECT_EQ(le16(archive, local + 8), entry.method);
-        EXPECT_EQ(le16(archive, local + 10), time);
-        EXPECT_EQ(le16(archive, local + 12), date);
-        EXPECT_EQ(le32(archive, local + 14), crc32(entry.contents));
         const quint32 compressedSize = le32(archive, local + 18);
-        EXPECT_EQ(le32(archive, local + 22), static_cast<quint32>(entry.contents.size()));
-        EXPECT_EQ(le16(archive, local + 26), entry.name.size());
-        EXPECT_EQ(le16(archive, local + 28), 0);
-        EXPECT_EQ(archive.mid(local + 30, entry.name.size()), entry.name);
+        const QByteArray shared = record({{20, 2}, {0x0800, 2}, {entry.method, 2}, {time, 2}, {date, 2},
+                                          {crc32(entry.contents), 4}, {compressedSize, 4},
+                                          {static_cast<quint64>(entry.contents.size()), 4},
+                                          {static_cast<quint64>(entry.name.size()), 2}, {0, 2}});
+        // No extra field, no comment, made on Unix 3.0.
+        EXPECT_EQ(archive.mid(local, 30 + entry.name.size()), record({{0x04034B50, 4}}, shared + entry.name));
+        EXPECT_EQ(archive.mid(central[index], 46 + entry.name.size()),
+                  record({{0x02014B50, 4}, {0x031E, 2}}, shared)
+                      + record({{0, 2}, {0, 2}, {0, 2}, {entry.attributes, 4}, {static_cast<quint64>(local), 4}}, entry.name));
         if (entry.method == 0)
             EXPECT_EQ(archive.mid(local + 30 + entry.name.size(), compressedSize), entry.contents);
         else
             EXPECT_LT(compressedSize, entry.contents.size());
-
-        EXPECT_EQ(le32(archive, record), 0x02014B50u);
-        EXPECT_EQ(le16(archive, record + 4), 0x031E);
-        EXPECT_EQ(le16(archive, record + 6), 20);
-        EXPECT_EQ(le16(archive, record + 8), 0x0800);
-        EXPECT_EQ(archive.mid(record + 10, 16), archive.mid(local + 8, 16));  // method to sizes
-        EXPECT_EQ(le16(archive, record + 28), entry.name.size());
-        EXPECT_EQ(archive.mid(record + 30, 8), QByteArray(8, '\0'));  // extra to internal attributes
-        EXPECT_EQ(le32(archive, record + 38), entry.attributes);
-        EXPECT_EQ(le32(archive, record + 42), static_cast<quint32>(local));
-        EXPECT_EQ(archive.mid(record + 46, entry.name.size()), entry.name);
         local += 30 + entry.name.size() + compressedSize;
     }
 
     // The central directory follows the last entry directly and the end record closes the file.
     const qsizetype end = archive.size() - 22;
     EXPECT_EQ(central.first(), local);
-    EXPECT_EQ(le32(archive, end), 0x06054B50u);
-    EXPECT_EQ(archive.mid(end + 4, 4), QByteArray(4, '\0'));
-    EXPECT_EQ(le16(archive, end + 8), 3);
-    EXPECT_EQ(le16(archive, end + 10), 3);
-    EXPECT_EQ(le32(archive, end + 12), static_cast<quint32>(end - local));
-    EXPECT_EQ(le32(archive, end + 16), static_cast<quint32>(local));
-    EXPECT_EQ(le16(archive, end + 20), 0);
+    EXPECT_EQ(archive.mid(end), record({{0x06054B50, 4}, {0, 2}, {0, 2}, {3, 2}, {3, 2},
+                                        {static_cast<quint64>(end - local), 4}, {static_cast<quint64>(local), 4}, {0, 2}}));
     EXPECT_TRUE(independentCheckFailures(path(QStringLiteral("book.zip"))).isEmpty());
 }
 
@@ -318,22 +299,16 @@ TEST_F(ZipWriterTest, LargeSizesAndOffsetsGoIntoZip64Fields)
     const QByteArray bytes = readFile(archive);
     // big.txt is the first file: its local header carries both sizes in a ZIP64 field.
     const qsizetype big = bytes.indexOf("PK\x03\x04" + QByteArray(), bytes.indexOf("Sample/big.txt") - 30);
-    ASSERT_EQ(bytes.mid(big + 30, 14), "Sample/big.txt");
-    EXPECT_EQ(le16(bytes, big + 4), 45);
-    EXPECT_EQ(le32(bytes, big + 18), 0xFFFFFFFFu);
-    EXPECT_EQ(le32(bytes, big + 22), 0xFFFFFFFFu);
-    EXPECT_EQ(le16(bytes, big + 28), 20);
-    EXPECT_EQ(le16(bytes, big + 44), 0x0001);
-    EXPECT_EQ(le16(bytes, big + 46), 16);
-    EXPECT_EQ(le64(bytes, big + 48), static_cast<quint64>(QFileInfo(source + QStringLiteral("/big.txt")).size()));
+    const auto bigSize = static_cast<quint64>(QFileInfo(source + QStringLiteral("/big.txt")).size());
+    EXPECT_EQ(bytes.mid(big + 4, 2), record({{45, 2}}));
+    EXPECT_EQ(bytes.mid(big + 18, 12), record({{~0u, 4}, {~0u, 4}, {14, 2}, {20, 2}}));
+    EXPECT_EQ(bytes.mid(big + 30, 14 + 12), record({{1, 2}, {16, 2}, {bigSize, 8}}).prepend("Sample/big.txt"));
 
     // The end: a ZIP64 end record, its locator, then the end record pointing to them.
     const qsizetype end = bytes.size() - 22;
-    const qsizetype locator = end - 20;
-    EXPECT_EQ(le32(bytes, locator), 0x07064B50u);
-    const auto zip64End = static_cast<qsizetype>(le64(bytes, locator + 8));
-    EXPECT_EQ(zip64End, locator - 56);
-    EXPECT_EQ(le32(bytes, zip64End), 0x06064B50u);
+    const qsizetype zip64End = end - 20 - 56;
+    EXPECT_EQ(bytes.mid(end - 20, 16), record({{0x07064B50, 4}, {0, 4}, {static_cast<quint64>(zip64End), 8}}));
+    EXPECT_EQ(bytes.mid(zip64End, 4), record({{0x06064B50, 4}}));
     EXPECT_EQ(le64(bytes, zip64End + 32), 10u);  // entries: three folders and seven files
     EXPECT_EQ(le32(bytes, end + 16), 0xFFFFFFFFu);
 
@@ -343,13 +318,9 @@ TEST_F(ZipWriterTest, LargeSizesAndOffsetsGoIntoZip64Fields)
     const qsizetype notesRecord = bytes.indexOf("Sample/notes.txt", centralStart) - 46;
     const qsizetype notesLocal = bytes.indexOf("Sample/notes.txt") - 30;
     ASSERT_GT(notesLocal, 1000);
-    EXPECT_EQ(le32(bytes, notesRecord), 0x02014B50u);
-    EXPECT_EQ(le32(bytes, notesRecord + 24), 30u);
-    EXPECT_EQ(le32(bytes, notesRecord + 42), 0xFFFFFFFFu);
-    const qsizetype extra = notesRecord + 46 + 16;
-    EXPECT_EQ(le16(bytes, extra), 0x0001);
-    EXPECT_EQ(le16(bytes, extra + 2), 8);
-    EXPECT_EQ(le64(bytes, extra + 4), static_cast<quint64>(notesLocal));
+    EXPECT_EQ(bytes.mid(notesRecord + 20, 8), record({{30, 4}, {30, 4}}));
+    EXPECT_EQ(bytes.mid(notesRecord + 42, 4), record({{~0u, 4}}));
+    EXPECT_EQ(bytes.mid(notesRecord + 46 + 16, 12), record({{1, 2}, {8, 2}, {static_cast<quint64>(notesLocal), 8}}));
 
     // And our own reader sees the real values and unpacks the same tree.
     QFile file(archive);
