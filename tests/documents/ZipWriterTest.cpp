@@ -202,23 +202,17 @@ TEST(ZipFolderPlan, FoldersComeFirstThenTheirChildrenByNameWithoutHiddenItemsOrL
     EXPECT_EQ(names("/one.txt", "one.txt"), QList<QByteArray>{"one.txt"});
     EXPECT_EQ(planItem(view, "/one.txt", "one.txt").first().size, 7);
 
-    struct Refusal {
-        QByteArray path;
-        const char* message;
-    };
-    const Refusal refusals[] = {
-        {"/gone.txt", "Couldn't read “gone.txt”: No such file or folder"},
-        {"/pipe", "“pipe” is neither a file nor a folder"},
-        {"/Locked", "Couldn't read “closed”: Permission denied"},
-    };
-    for (const Refusal& refusal : refusals) {
+    const auto refusal = [&](const QByteArray& item) {
         try {
-            planItem(view, refusal.path, "x");
-            ADD_FAILURE() << refusal.path.toStdString() << " was planned";
+            planItem(view, item, "x");
+            return QStringLiteral("planned");
         } catch (const OperationError& error) {
-            EXPECT_EQ(error.message(), QString::fromUtf8(refusal.message));
+            return error.message();
         }
-    }
+    };
+    EXPECT_EQ(refusal("/gone.txt"), u"Couldn't read “gone.txt”: No such file or folder");
+    EXPECT_EQ(refusal("/pipe"), u"“pipe” is neither a file nor a folder");
+    EXPECT_EQ(refusal("/Locked"), u"Couldn't read “closed”: Permission denied");
 }
 
 TEST_F(ZipWriterTest, TheDiskShowsThePlannerNamesAsBytesAndLinksAsWhatTheyLeadTo)
@@ -359,11 +353,6 @@ TEST_F(ZipWriterTest, MoreThan65535EntriesGetAZip64EndRecord)
     EXPECT_EQ(le32(bytes, bytes.size() - 42), 0x07064B50u);
 
     EXPECT_EQ(independentCheckFailures(many), QStringList());
-    const ToolRun python = runPython(
-        QStringLiteral("import sys, zipfile\nz = zipfile.ZipFile(sys.argv[1])\n"
-                       "print(len(z.infolist()), z.read('69999').decode())\n"),
-        {many});
-    EXPECT_EQ(python.output.trimmed(), u"70000 69999");
 
     QFile file(many);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
