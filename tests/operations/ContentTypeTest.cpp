@@ -10,118 +10,81 @@
 using namespace wendrel;
 using test::writeFile;
 
-namespace {
-
-const QByteArray pngSignature("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
-
-}  // namespace
-
-TEST(ContentTypeConformance, ImagesConformToImageButNotToEachOther)
+// Which types belong to which families: images to image, data and item but not to each other,
+// folders to item only, families never down to their members.
+TEST(ContentTypeConformance, TypesBelongToTheirFamiliesOnly)
 {
-    for (const ContentType& type : {ContentType::png(), ContentType::jpeg(), ContentType::heic(),
-                                    ContentType::webp(), ContentType::avif(), ContentType::tiff(),
-                                    ContentType::bmp(), ContentType::gif(), ContentType::ico(),
-                                    ContentType::svg(), ContentType::jpegXl()}) {
-        EXPECT_TRUE(type.conformsTo(ContentType::image())) << type.name().toStdString();
-        EXPECT_TRUE(type.conformsTo(ContentType::data())) << type.name().toStdString();
-        EXPECT_TRUE(type.conformsTo(ContentType::item())) << type.name().toStdString();
+    for (const ContentType& type : {ContentType::png(), ContentType::jpeg(), ContentType::heic(), ContentType::webp(),
+                                    ContentType::avif(), ContentType::tiff(), ContentType::bmp(), ContentType::gif(),
+                                    ContentType::ico(), ContentType::svg(), ContentType::jpegXl()}) {
+        for (const ContentType& family : {ContentType::image(), ContentType::data(), ContentType::item()})
+            EXPECT_TRUE(type.conformsTo(family)) << type.name().toStdString() << " " << family.name().toStdString();
     }
-    EXPECT_FALSE(ContentType::png().conformsTo(ContentType::jpeg()));
-    EXPECT_FALSE(ContentType::pdf().conformsTo(ContentType::image()));
-}
-
-TEST(ContentTypeConformance, FolderIsAnItemButNotData)
-{
-    EXPECT_TRUE(ContentType::folder().conformsTo(ContentType::item()));
-    EXPECT_FALSE(ContentType::folder().conformsTo(ContentType::data()));
-    EXPECT_FALSE(ContentType::folder().conformsTo(ContentType::image()));
-}
-
-TEST(ContentTypeConformance, AbstractFamiliesDoNotConformDownwards)
-{
-    EXPECT_FALSE(ContentType::item().conformsTo(ContentType::data()));
-    EXPECT_FALSE(ContentType::image().conformsTo(ContentType::png()));
-    EXPECT_FALSE(ContentType::data().conformsTo(ContentType::plainText()));
-}
-
-TEST(ContentTypeConformance, AudiovisualContentTakesMoviesAndAudio)
-{
     const ContentType mp4 = ContentType::fromMimeName(QStringLiteral("video/mp4"));
     const ContentType mp3 = ContentType::fromMimeName(QStringLiteral("audio/mpeg"));
-    EXPECT_TRUE(mp4.conformsTo(ContentType::movie()));
-    EXPECT_TRUE(mp4.conformsTo(ContentType::audiovisualContent()));
-    EXPECT_TRUE(mp3.conformsTo(ContentType::audiovisualContent()));
-    EXPECT_FALSE(mp3.conformsTo(ContentType::movie()));
-    EXPECT_FALSE(ContentType::png().conformsTo(ContentType::audiovisualContent()));
-}
-
-TEST(ContentTypeConformance, SubtitlesAndTablesArePlainText)
-{
-    EXPECT_TRUE(ContentType::subRip().conformsTo(ContentType::plainText()));
-    EXPECT_TRUE(ContentType::webVtt().conformsTo(ContentType::plainText()));
-    EXPECT_TRUE(ContentType::commaSeparatedText().conformsTo(ContentType::plainText()));
-    EXPECT_FALSE(ContentType::subRip().conformsTo(ContentType::webVtt()));
-}
-
-TEST(ContentTypeConformance, AliasesNameTheSameType)
-{
+    const struct {
+        ContentType type;
+        ContentType family;
+        bool conforms;
+    } rows[] = {
+        {ContentType::png(), ContentType::jpeg(), false},
+        {ContentType::pdf(), ContentType::image(), false},
+        {ContentType::folder(), ContentType::item(), true},
+        {ContentType::folder(), ContentType::data(), false},
+        {ContentType::folder(), ContentType::image(), false},
+        {ContentType::item(), ContentType::data(), false},
+        {ContentType::image(), ContentType::png(), false},
+        {ContentType::data(), ContentType::plainText(), false},
+        {mp4, ContentType::movie(), true},
+        {mp4, ContentType::audiovisualContent(), true},
+        {mp3, ContentType::audiovisualContent(), true},
+        {mp3, ContentType::movie(), false},
+        {ContentType::png(), ContentType::audiovisualContent(), false},
+        {ContentType::subRip(), ContentType::plainText(), true},
+        {ContentType::webVtt(), ContentType::plainText(), true},
+        {ContentType::commaSeparatedText(), ContentType::plainText(), true},
+        {ContentType::subRip(), ContentType::webVtt(), false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.type.conformsTo(row.family), row.conforms)
+            << row.type.name().toStdString() << " " << row.family.name().toStdString();
     EXPECT_EQ(ContentType::fromMimeName(QStringLiteral("image/x-icon")), ContentType::ico());
     EXPECT_EQ(ContentType::fromMimeName(QStringLiteral("image/heic")), ContentType::heic());
 }
 
-class ContentTypeOfFile : public ::testing::Test {
-protected:
-    QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
+// A conclusive name decides (text renamed to .jpg is taken at its word, so the image loader
+// refuses it with its own message instead of the ring hiding every image entry); content
+// decides when the name says nothing; a trailing separator or a directory means a folder.
+TEST(ContentTypeOfFile, NameThenContentThenFolder)
+{
     QTemporaryDir folder;
-};
-
-TEST_F(ContentTypeOfFile, ExistingFileByNameAndContent)
-{
+    const auto path = [&](const char* name) { return folder.filePath(QString::fromUtf8(name)); };
+    const QByteArray pngSignature("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
     writeFile(path("picture.png"), pngSignature);
-    writeFile(path("talk.srt"), "1\n00:00:01,000 --> 00:00:02,000\nHi\n");
-    EXPECT_EQ(ContentType::ofFile(path("picture.png")), ContentType::png());
-    EXPECT_EQ(ContentType::ofFile(path("talk.srt")), ContentType::subRip());
-}
-
-TEST_F(ContentTypeOfFile, PathEndingInSeparatorIsAFolderEvenIfAFileHasThatName)
-{
-    writeFile(path("notes"), "plain file");
-    EXPECT_EQ(ContentType::ofFile(path("notes") + u'/'), ContentType::folder());
-    EXPECT_NE(ContentType::ofFile(path("notes")), ContentType::folder());
-}
-
-TEST_F(ContentTypeOfFile, DirectoryWithoutTrailingSeparatorIsAFolder)
-{
-    QDir(folder.path()).mkdir(QStringLiteral("Docs"));
-    EXPECT_EQ(ContentType::ofFile(path("Docs")), ContentType::folder());
-}
-
-TEST_F(ContentTypeOfFile, MissingFileIsTypedByItsLowerCasedExtension)
-{
-    EXPECT_EQ(ContentType::ofFile(path("gone/Holiday.JPG")), ContentType::jpeg());
-}
-
-TEST_F(ContentTypeOfFile, UnknownExtensionIsGenericDataThatOnlyDataAndItemTake)
-{
-    writeFile(path("blob.qqzx"), QByteArray("\x01\x02\x03\x04", 4));
-    const ContentType type = ContentType::ofFile(path("blob.qqzx"));
-    EXPECT_TRUE(type.conformsTo(ContentType::data()));
-    EXPECT_TRUE(type.conformsTo(ContentType::item()));
-    EXPECT_FALSE(type.conformsTo(ContentType::image()));
-    EXPECT_FALSE(type.conformsTo(ContentType::plainText()));
-    EXPECT_EQ(ContentType::ofFile(path("missing.qqzx")).name(), u"application/octet-stream");
-}
-
-TEST_F(ContentTypeOfFile, TextRenamedToJpgIsTakenAtItsWord)
-{
-    // The name decides when it is conclusive; the image loader then refuses the content with
-    // its own message instead of the ring hiding every image entry.
-    writeFile(path("fake.jpg"), "this is not a picture\n");
-    EXPECT_EQ(ContentType::ofFile(path("fake.jpg")), ContentType::jpeg());
-}
-
-TEST_F(ContentTypeOfFile, ContentDecidesWhenTheNameSaysNothing)
-{
     writeFile(path("picture"), pngSignature);
-    EXPECT_EQ(ContentType::ofFile(path("picture")), ContentType::png());
+    writeFile(path("talk.srt"), "1\n00:00:01,000 --> 00:00:02,000\nHi\n");
+    writeFile(path("fake.jpg"), "this is not a picture\n");
+    writeFile(path("notes"), "plain file");
+    QDir(folder.path()).mkdir(QStringLiteral("Docs"));
+    const struct {
+        QString path;
+        ContentType expected;
+    } rows[] = {
+        {path("picture.png"), ContentType::png()},      {path("picture"), ContentType::png()},
+        {path("talk.srt"), ContentType::subRip()},      {path("fake.jpg"), ContentType::jpeg()},
+        {path("gone/Holiday.JPG"), ContentType::jpeg()}, {path("notes") + u'/', ContentType::folder()},
+        {path("Docs"), ContentType::folder()},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(ContentType::ofFile(row.path), row.expected) << row.path.toStdString();
+    EXPECT_NE(ContentType::ofFile(path("notes")), ContentType::folder());
+
+    // An unknown extension is generic data, which only the data and item families take.
+    writeFile(path("blob.qqzx"), QByteArray("\x01\x02\x03\x04", 4));
+    const ContentType blob = ContentType::ofFile(path("blob.qqzx"));
+    EXPECT_TRUE(blob.conformsTo(ContentType::data()));
+    EXPECT_TRUE(blob.conformsTo(ContentType::item()));
+    EXPECT_FALSE(blob.conformsTo(ContentType::image()));
+    EXPECT_FALSE(blob.conformsTo(ContentType::plainText()));
+    EXPECT_EQ(ContentType::ofFile(path("missing.qqzx")).name(), u"application/octet-stream");
 }

@@ -75,82 +75,62 @@ protected:
 
 }  // namespace
 
-TEST_F(PromptValuesTest, ChoicesAcceptTheirValueTitleOrAliasSpelledAnyWay)
+// What typed text each kind of field takes, and as what; null stands for "refused".
+TEST_F(PromptValuesTest, TypedTextIsReadByTheFieldsKindAndLimits)
 {
-    for (const char* spelling : {"targetSize", "TARGETSIZE", "target-size", "target_size", "To file size", "size"})
-        EXPECT_EQ(read("mode", QString::fromUtf8(spelling)), QJsonValue(QStringLiteral("targetSize"))) << spelling;
-    EXPECT_EQ(read("mode", QStringLiteral("q")), QJsonValue(QStringLiteral("quality")));
-    EXPECT_EQ(read("mode", QStringLiteral("fast")), refused);
-    EXPECT_EQ(read("mode", QStringLiteral("1")), refused);  // menu numbers are the terminal's business
-    EXPECT_EQ(read("mode", QString()), refused);
+    const QJsonValue targetSize(QStringLiteral("targetSize"));
+    const struct {
+        const char* key;
+        const char* text;
+        QJsonValue expected;
+    } rows[] = {
+        // Choices: their value, title or alias, spelled any way; menu numbers are the terminal's.
+        {"mode", "targetSize", targetSize}, {"mode", "TARGETSIZE", targetSize}, {"mode", "target-size", targetSize},
+        {"mode", "target_size", targetSize}, {"mode", "To file size", targetSize}, {"mode", "size", targetSize},
+        {"mode", "q", QStringLiteral("quality")}, {"mode", "fast", refused}, {"mode", "1", refused}, {"mode", "", refused},
+        // A numeric choice that takes other whole numbers in range.
+        {"side", "1920", 1920}, {"side", "1920.0", 1920}, {"side", "keep", 0}, {"side", "1600", 1600},
+        {"side", "1600.5", refused}, {"side", "-5", refused}, {"side", "100001", refused},
+        // Numbers: finite and within their limits.
+        {"targetMB", "0.5", 0.5}, {"targetMB", " 2 ", 2}, {"targetMB", "10000", 10'000}, {"targetMB", "0.01", 0.01},
+        {"targetMB", "abc", refused}, {"targetMB", "", refused}, {"targetMB", "0.5MB", refused},
+        {"targetMB", "0,5", refused}, {"targetMB", "nan", refused}, {"targetMB", "inf", refused},
+        {"targetMB", "1e400", refused}, {"targetMB", "0.001", refused}, {"targetMB", "10000.5", refused},
+        {"targetMB", "-1", refused},
+        // Sliders: only values on their steps.
+        {"quality", "60", 60}, {"quality", "100", 100}, {"quality", "60.5", refused}, {"quality", "0", refused},
+        {"quality", "101", refused}, {"quality", "abc", refused},
+        // Toggles: the usual yes and no words.
+        {"rasterize", "yes", true}, {"rasterize", "Y", true}, {"rasterize", "on", true}, {"rasterize", "TRUE", true},
+        {"rasterize", "1", true}, {"rasterize", "no", false}, {"rasterize", "n", false}, {"rasterize", "Off", false},
+        {"rasterize", "false", false}, {"rasterize", "0", false}, {"rasterize", "maybe", refused},
+        // Required text refuses blanks; passwords keep their spaces; folders are absolute paths.
+        {"text", "DRAFT", QStringLiteral("DRAFT")}, {"text", "   ", refused},
+        {"password", " two words ", QStringLiteral(" two words ")}, {"password", "", refused},
+        {"folder", "/home/ann/Pictures", QStringLiteral("/home/ann/Pictures")}, {"folder", "Pictures", refused},
+        {"folder", "", refused},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(read(row.key, QString::fromUtf8(row.text)), row.expected) << row.key << " \"" << row.text << '"';
 }
 
-TEST_F(PromptValuesTest, NumericChoicesTakeOtherWholeNumbersInRangeOnlyWhenAllowed)
+TEST_F(PromptValuesTest, StepsClosedChoicesAndOptionalFieldsChangeWhatIsTaken)
 {
-    EXPECT_EQ(read("side", QStringLiteral("1920")), QJsonValue(1920));
-    EXPECT_EQ(read("side", QStringLiteral("1920.0")), QJsonValue(1920));
-    EXPECT_EQ(read("side", QStringLiteral("keep")), QJsonValue(0));
-    EXPECT_EQ(read("side", QStringLiteral("1600")), QJsonValue(1600));
-    EXPECT_EQ(read("side", QStringLiteral("1600.5")), refused);
-    EXPECT_EQ(read("side", QStringLiteral("-5")), refused);
-    EXPECT_EQ(read("side", QStringLiteral("100001")), refused);
-
     PromptField closed = field("side");
     closed.acceptsOtherNumbers = false;
-    EXPECT_FALSE(readFieldValue(closed, QStringLiteral("1600")));
-    EXPECT_EQ(readFieldValue(closed, QStringLiteral("1920")), QJsonValue(1920));
-}
-
-TEST_F(PromptValuesTest, NumbersMustBeFiniteAndWithinTheirLimits)
-{
-    EXPECT_EQ(read("targetMB", QStringLiteral("0.5")), QJsonValue(0.5));
-    EXPECT_EQ(read("targetMB", QStringLiteral(" 2 ")), QJsonValue(2));
-    EXPECT_EQ(read("targetMB", QStringLiteral("10000")), QJsonValue(10'000));
-    EXPECT_EQ(read("targetMB", QStringLiteral("0.01")), QJsonValue(0.01));
-    for (const char* text : {"abc", "", "0.5MB", "0,5", "nan", "inf", "1e400", "0.001", "10000.5", "-1"})
-        EXPECT_EQ(read("targetMB", QString::fromUtf8(text)), refused) << text;
-}
-
-TEST_F(PromptValuesTest, SlidersTakeOnlyValuesOnTheirSteps)
-{
-    EXPECT_EQ(read("quality", QStringLiteral("60")), QJsonValue(60));
-    EXPECT_EQ(read("quality", QStringLiteral("100")), QJsonValue(100));
-    for (const char* text : {"60.5", "0", "101", "abc"})
-        EXPECT_EQ(read("quality", QString::fromUtf8(text)), refused) << text;
-
     PromptField byFives = field("quality");
     byFives.minimum = 10;
     byFives.step = 5;
-    EXPECT_TRUE(readFieldValue(byFives, QStringLiteral("25")));
-    EXPECT_FALSE(readFieldValue(byFives, QStringLiteral("27")));
-}
-
-TEST_F(PromptValuesTest, TogglesReadTheUsualYesAndNoWords)
-{
-    for (const char* yes : {"yes", "Y", "on", "TRUE", "1"})
-        EXPECT_EQ(read("rasterize", QString::fromUtf8(yes)), QJsonValue(true)) << yes;
-    for (const char* no : {"no", "n", "Off", "false", "0"})
-        EXPECT_EQ(read("rasterize", QString::fromUtf8(no)), QJsonValue(false)) << no;
-    EXPECT_EQ(read("rasterize", QStringLiteral("maybe")), refused);
-}
-
-TEST_F(PromptValuesTest, RequiredTextRefusesBlanksWhilePasswordsKeepTheirSpaces)
-{
-    EXPECT_EQ(read("text", QStringLiteral("DRAFT")), QJsonValue(QStringLiteral("DRAFT")));
-    EXPECT_EQ(read("text", QStringLiteral("   ")), refused);
-    EXPECT_EQ(read("password", QStringLiteral(" two words ")), QJsonValue(QStringLiteral(" two words ")));
-    EXPECT_EQ(read("password", QString()), refused);
-
     PromptField optional = field("password");
     optional.required = false;
-    EXPECT_EQ(readFieldValue(optional, QString()), QJsonValue(QString()));
-}
-
-TEST_F(PromptValuesTest, FoldersMustBeAbsolutePaths)
-{
-    EXPECT_EQ(read("folder", QStringLiteral("/home/ann/Pictures")), QJsonValue(QStringLiteral("/home/ann/Pictures")));
-    EXPECT_EQ(read("folder", QStringLiteral("Pictures")), refused);
-    EXPECT_EQ(read("folder", QString()), refused);
+    const struct {
+        const PromptField& field;
+        const char* text;
+        std::optional<QJsonValue> expected;
+    } rows[] = {{closed, "1600", std::nullopt}, {closed, "1920", 1920},       {byFives, "25", 25},
+                {byFives, "27", std::nullopt},  {optional, "", QString()}};
+    for (const auto& row : rows)
+        EXPECT_EQ(readFieldValue(row.field, QString::fromUtf8(row.text)), row.expected) << row.text;
 }
 
 TEST_F(PromptValuesTest, JsonValuesAreCheckedByTypeAsWellAsRange)
@@ -204,61 +184,50 @@ TEST_F(PromptValuesTest, CompletedAnswersStartFromTheStartingValuesAndCheckWhatW
     EXPECT_FALSE(completeAnswers(request, {{QStringLiteral("mode"), QStringLiteral("fast")}}).isValid());
 }
 
+// Options go over the starting values, the last of a repeated one counts, and an option for a
+// hidden field selects what shows it, up a chain of conditions.
 TEST_F(PromptValuesTest, OptionsGoOverTheStartingValues)
 {
-    const CheckedAnswers answers = fromOptions({{QStringLiteral("side"), QStringLiteral("1920")},
-                                                {QStringLiteral("quality"), QStringLiteral("60")}});
-    ASSERT_TRUE(answers.isValid()) << answers.problem.toStdString();
-    QJsonObject expected = request.startingAnswers();
-    expected.insert(QStringLiteral("side"), 1920);
-    expected.insert(QStringLiteral("quality"), 60);
-    EXPECT_EQ(answers.answers, expected);
-}
+    using Options = QList<std::pair<QString, QString>>;
+    const auto option = [](const char* name, const char* value) {
+        return std::pair{QString::fromUtf8(name), QString::fromUtf8(value)};
+    };
+    const struct {
+        Options options;
+        QJsonObject changed;
+    } rows[] = {
+        {{option("side", "1920"), option("quality", "60")}, {{QStringLiteral("side"), 1920}, {QStringLiteral("quality"), 60}}},
+        {{option("quality", "10"), option("quality", "90")}, {{QStringLiteral("quality"), 90}}},
+        {{option("target-mb", "0.5")}, {{QStringLiteral("mode"), QStringLiteral("targetSize")}, {QStringLiteral("targetMB"), 0.5}}},
+        {{option("text", "DRAFT")}, {{QStringLiteral("rasterize"), true}, {QStringLiteral("text"), QStringLiteral("DRAFT")}}},
+    };
+    for (const auto& row : rows) {
+        const CheckedAnswers answers = fromOptions(row.options);
+        ASSERT_TRUE(answers.isValid()) << answers.problem.toStdString();
+        QJsonObject expected = request.startingAnswers();
+        for (auto it = row.changed.begin(); it != row.changed.end(); ++it)
+            expected.insert(it.key(), it.value());
+        EXPECT_EQ(answers.answers, expected) << row.options.first().first.toStdString();
+    }
 
-TEST_F(PromptValuesTest, AnOptionForAHiddenFieldSelectsTheModeThatShowsIt)
-{
-    const CheckedAnswers answers = fromOptions({{QStringLiteral("target-mb"), QStringLiteral("0.5")}});
-    ASSERT_TRUE(answers.isValid()) << answers.problem.toStdString();
-    EXPECT_EQ(answers.answers.value(QStringLiteral("mode")), QJsonValue(QStringLiteral("targetSize")));
-    EXPECT_EQ(answers.answers.value(QStringLiteral("targetMB")), QJsonValue(0.5));
-
-    // Up a chain: the text needs the switch on.
-    const CheckedAnswers text = fromOptions({{QStringLiteral("text"), QStringLiteral("DRAFT")}});
-    ASSERT_TRUE(text.isValid()) << text.problem.toStdString();
-    EXPECT_EQ(text.answers.value(QStringLiteral("rasterize")), QJsonValue(true));
-}
-
-TEST_F(PromptValuesTest, ContradictoryOptionsAreRefusedWithBothNamed)
-{
-    EXPECT_EQ(fromOptions({{QStringLiteral("mode"), QStringLiteral("quality")},
-                           {QStringLiteral("target-mb"), QStringLiteral("0.5")}})
-                  .problem,
-              u"--target-mb applies only with --mode targetSize, not with --mode quality.");
-    EXPECT_EQ(fromOptions({{QStringLiteral("quality"), QStringLiteral("60")},
-                           {QStringLiteral("target-mb"), QStringLiteral("0.5")}})
-                  .problem,
-              u"--quality and --target-mb can't be used together: one needs --mode quality, the other --mode targetSize.");
-    EXPECT_EQ(fromOptions({{QStringLiteral("pages-as-images"), QStringLiteral("no")},
-                           {QStringLiteral("text"), QStringLiteral("DRAFT")}})
-                  .problem,
-              u"--text applies only with --pages-as-images on, not with --pages-as-images off.");
-}
-
-TEST_F(PromptValuesTest, BadOptionsNameTheOptionAndWhatItTakes)
-{
-    EXPECT_EQ(fromOptions({{QStringLiteral("quality"), QStringLiteral("abc")}}).problem,
-              u"Invalid value “abc” for --quality: expected a whole number from 1 to 100.");
-    EXPECT_EQ(fromOptions({{QStringLiteral("mode"), QStringLiteral("fast")}}).problem,
-              u"Invalid value “fast” for --mode: expected quality or targetSize.");
-    EXPECT_TRUE(fromOptions({{QStringLiteral("colour"), QStringLiteral("red")}})
+    // Contradictions name both options; bad values name the option and what it takes.
+    const struct {
+        Options options;
+        const char* problem;
+    } refused[] = {
+        {{option("mode", "quality"), option("target-mb", "0.5")},
+         "--target-mb applies only with --mode targetSize, not with --mode quality."},
+        {{option("quality", "60"), option("target-mb", "0.5")},
+         "--quality and --target-mb can't be used together: one needs --mode quality, the other --mode targetSize."},
+        {{option("pages-as-images", "no"), option("text", "DRAFT")},
+         "--text applies only with --pages-as-images on, not with --pages-as-images off."},
+        {{option("quality", "abc")}, "Invalid value “abc” for --quality: expected a whole number from 1 to 100."},
+        {{option("mode", "fast")}, "Invalid value “fast” for --mode: expected quality or targetSize."},
+    };
+    for (const auto& row : refused)
+        EXPECT_EQ(fromOptions(row.options).problem, QString::fromUtf8(row.problem));
+    EXPECT_TRUE(fromOptions({option("colour", "red")})
                     .problem.startsWith(u"--colour is not one of the settings here; they are --mode, --quality,"));
-}
-
-TEST_F(PromptValuesTest, TheLastOfARepeatedOptionCounts)
-{
-    const CheckedAnswers answers = fromOptions({{QStringLiteral("quality"), QStringLiteral("10")},
-                                                {QStringLiteral("quality"), QStringLiteral("90")}});
-    EXPECT_EQ(answers.answers.value(QStringLiteral("quality")), QJsonValue(90));
 }
 
 TEST_F(PromptValuesTest, JsonDescriptionListsFieldsButNeverAPassword)

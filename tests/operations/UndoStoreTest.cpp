@@ -44,45 +44,24 @@ protected:
 
 }  // namespace
 
-TEST_F(UndoStoreTest, UndoTrashesOnlyTheLatestJobsResults)
+// Undo trashes the latest job's results only: folders whole, files gone in the meantime
+// skipped silently; a second undo does nothing, even to a new file under the same name.
+TEST_F(UndoStoreTest, UndoTrashesOnlyTheLatestJobsResultsOnce)
 {
     const QString earlier = file("earlier.jpg");
-    const QString latest1 = file("latest 1.jpg");
-    const QString latest2 = file("latest 2.jpg");
+    const QString latest = file("latest 1.jpg");
+    writeFile(folder.filePath(QStringLiteral("Pages/1.png")), "page");
     store.record({earlier});
-    store.record({latest1, latest2});
+    store.record({latest, folder.filePath(QStringLiteral("deleted.jpg")), folder.filePath(QStringLiteral("Pages"))});
 
     EXPECT_EQ(store.undo(), std::nullopt);
     EXPECT_TRUE(QFileInfo::exists(earlier));
-    EXPECT_FALSE(QFileInfo::exists(latest1));
-    EXPECT_FALSE(QFileInfo::exists(latest2));
-    EXPECT_EQ(trashedNames(), (QStringList{QStringLiteral("latest 1.jpg"), QStringLiteral("latest 2.jpg")}));
-}
-
-TEST_F(UndoStoreTest, SecondUndoDoesNothing)
-{
-    const QString result = file("result.jpg");
-    store.record({result});
-    EXPECT_EQ(store.undo(), std::nullopt);
-    writeFile(result, "a new file under the same name");
-    EXPECT_EQ(store.undo(), std::nullopt);
-    EXPECT_TRUE(QFileInfo::exists(result));
-    EXPECT_TRUE(store.lastResults().isEmpty());
-}
-
-TEST_F(UndoStoreTest, FilesGoneInTheMeantimeAreSkippedSilently)
-{
-    const QString kept = file("kept.jpg");
-    store.record({folder.filePath(QStringLiteral("deleted.jpg")), kept});
-    EXPECT_EQ(store.undo(), std::nullopt);
-    EXPECT_EQ(trashedNames(), QStringList{QStringLiteral("kept.jpg")});
-}
-
-TEST_F(UndoStoreTest, ResultFoldersGoToTheTrashWhole)
-{
-    writeFile(folder.filePath(QStringLiteral("Pages/1.png")), "page");
-    store.record({folder.filePath(QStringLiteral("Pages"))});
-    EXPECT_EQ(store.undo(), std::nullopt);
+    EXPECT_FALSE(QFileInfo::exists(latest));
     EXPECT_FALSE(QFileInfo::exists(folder.filePath(QStringLiteral("Pages"))));
-    EXPECT_EQ(trashedNames(), QStringList{QStringLiteral("Pages")});
+    EXPECT_EQ(trashedNames(), (QStringList{QStringLiteral("Pages"), QStringLiteral("latest 1.jpg")}));
+
+    writeFile(latest, "a new file under the same name");
+    EXPECT_EQ(store.undo(), std::nullopt);
+    EXPECT_TRUE(QFileInfo::exists(latest));
+    EXPECT_TRUE(store.lastResults().isEmpty());
 }
