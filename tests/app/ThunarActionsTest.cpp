@@ -57,42 +57,36 @@ const QByteArray usersUca = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
 
 }  // namespace
 
-TEST(ThunarActions, CommandIsShellQuotedWithPercentDoubled)
-{
-    const QString executable = QStringLiteral("/opt/50% off\\ \"beta\"/it's $x/wendrel");
-    const QList<ThunarEntry> entries = thunarEntries(*thunarActionsWithWendrel(usersUca, executable));
-    ASSERT_EQ(entries.size(), 4);
-    EXPECT_EQ(entries[1].command, QStringLiteral(R"('/opt/50%% off\ "beta"/it'\''s $x/wendrel' ring convert %F)"));
-    EXPECT_EQ(entries[3].command, QStringLiteral(R"('/opt/50%% off\ "beta"/it'\''s $x/wendrel' ring actions %F)"));
-}
-
+// Merging keeps the user's actions and bytes, quotes the command for the shell with every
+// percent doubled, replaces Wendrel's entries when done again, and removal gives back the
+// same bytes.
 TEST(ThunarActions, MergingKeepsTheUsersActionsAndRemovalGivesBackTheSameBytes)
 {
     const std::optional<QByteArray> merged = thunarActionsWithWendrel(usersUca, QStringLiteral("/usr/bin/wendrel"));
     ASSERT_TRUE(merged);
     const QList<ThunarEntry> entries = thunarEntries(*merged);
     ASSERT_EQ(entries.size(), 4);
-    EXPECT_EQ(entries[0].name, u"Open Terminal & Here");
-    EXPECT_EQ(entries[1].name, u"Convert with Wendrel");
-    EXPECT_EQ(entries[2].name, u"Wendrel Tools");
-    EXPECT_EQ(entries[3].name, u"Wendrel Actions");
+    const char* names[] = {"Open Terminal & Here", "Convert with Wendrel", "Wendrel Tools", "Wendrel Actions"};
+    for (int index = 0; index < 4; ++index)
+        EXPECT_EQ(entries[index].name, QString::fromUtf8(names[index]));
     EXPECT_EQ(entries[3].uniqueId, u"wendrel-integrate-actions");
     EXPECT_TRUE(merged->startsWith(usersUca.left(usersUca.indexOf("</actions>"))));
-
     EXPECT_EQ(thunarActionsWithoutWendrel(*merged), usersUca);
     EXPECT_EQ(thunarActionsWithoutWendrel(usersUca), usersUca);
-}
+    EXPECT_EQ(thunarActionsWithWendrel(*merged, QStringLiteral("/usr/bin/wendrel")), merged);
 
-TEST(ThunarActions, MergingAgainReplacesWendrelsEntriesInsteadOfAddingMore)
-{
-    const QByteArray once = *thunarActionsWithWendrel(usersUca, QStringLiteral("/usr/bin/wendrel"));
-    EXPECT_EQ(thunarActionsWithWendrel(once, QStringLiteral("/usr/bin/wendrel")), once);
-
-    const QList<ThunarEntry> moved = thunarEntries(*thunarActionsWithWendrel(once, QStringLiteral("/opt/wendrel")));
+    const QString awkward = QStringLiteral("/opt/50% off\\ \"beta\"/it's $x/wendrel");
+    const QList<ThunarEntry> moved = thunarEntries(*thunarActionsWithWendrel(*merged, awkward));
     ASSERT_EQ(moved.size(), 4);
     EXPECT_EQ(moved[0].name, u"Open Terminal & Here");
-    EXPECT_EQ(moved[1].command, u"'/opt/wendrel' ring convert %F");
-    EXPECT_EQ(moved[3].command, u"'/opt/wendrel' ring actions %F");
+    EXPECT_EQ(moved[1].command, QStringLiteral(R"('/opt/50%% off\ "beta"/it'\''s $x/wendrel' ring convert %F)"));
+    EXPECT_EQ(moved[3].command, QStringLiteral(R"('/opt/50%% off\ "beta"/it'\''s $x/wendrel' ring actions %F)"));
+
+    // An empty, self-closed list takes them too.
+    const std::optional<QByteArray> intoEmpty = thunarActionsWithWendrel("<actions/>\n", QStringLiteral("/usr/bin/wendrel"));
+    ASSERT_TRUE(intoEmpty);
+    EXPECT_EQ(thunarEntries(*intoEmpty).size(), 3);
+    EXPECT_EQ(thunarEntries(*thunarActionsWithoutWendrel(*intoEmpty)).size(), 0);
 }
 
 TEST(ThunarActions, RemovalFindsWendrelsEntriesAfterThunarRewroteTheFile)
@@ -150,12 +144,4 @@ TEST(ThunarActions, ANewFileCarriesThunarsDefaultsAndIsRecognisedUntilTheUserAdd
     EXPECT_EQ(thunarEntries(withoutDefaults).size(), 3);
     EXPECT_EQ(foldersCreatedFor(withoutDefaults), folders);
     EXPECT_TRUE(isUnchangedThunarFileOfWendrel(withoutDefaults, {}));
-}
-
-TEST(ThunarActions, AnEmptySelfClosedListReceivesWendrelsActions)
-{
-    const std::optional<QByteArray> merged = thunarActionsWithWendrel("<actions/>\n", QStringLiteral("/usr/bin/wendrel"));
-    ASSERT_TRUE(merged);
-    EXPECT_EQ(thunarEntries(*merged).size(), 3);
-    EXPECT_EQ(thunarEntries(*thunarActionsWithoutWendrel(*merged)).size(), 0);
 }

@@ -268,10 +268,7 @@ TEST_F(ImageOperationsTest, IconAndPdfFromPictures)
     const QString logo = picture(QStringLiteral("Logo.png"), transparentDisc(300).crop(0, 50, 300, 200));
     const QString icon = result("image.ico", logo);
     EXPECT_EQ(QFileInfo(icon).fileName(), u"Logo.ico");
-    if (haveTool(QStringLiteral("identify"))) {
-        EXPECT_EQ(toolOutput(QStringLiteral("identify"), {QStringLiteral("-format"), QStringLiteral("%wx%h "), icon}),
-                  u"16x16 24x24 32x32 48x48 64x64 128x128 256x256 ");
-    }
+    EXPECT_EQ(readFile(icon).mid(2, 4), QByteArray("\1\0\7\0", 4));  // an icon with all seven sizes
 
     const QString photo = picture(QStringLiteral("Photo.jpg"), photoLike(4000, 3000));
     const JobReport report = run("image.pdf", {photo, logo});
@@ -319,28 +316,4 @@ TEST_F(ImageOperationsTest, CompressMeetsTheTargetWithoutMetadata)
     const VImage limited = decoded(result("image.compress", picture(QStringLiteral("Logo.png"), transparentDisc(1000))));
     EXPECT_EQ(limited.width(), 800);
     EXPECT_GT(pixel(limited, 2, 2)[0], 245);  // transparency became white
-}
-
-TEST_F(ImageOperationsTest, CompressRunsWithTheConfirmedAnswersNotTheStoredSettings)
-{
-    CompressionSettings stored;
-    stored.maxDimension = 1280;
-    stored.save();
-    CompressionSettings confirmed;
-    confirmed.mode = CompressionSettings::Mode::quality;
-    confirmed.qualityPercent = 90;
-    confirmed.maxDimension = 800;
-    if (canWrite(ImageFormat::heic))
-        confirmed.format = CompressionSettings::Format::heic;
-
-    const QString photo = picture(QStringLiteral("Holiday.png"), photoLike(1600, 1200));
-    const JobReport report = runJob(runner, {catalog.find(QStringLiteral("image.compress")), {photo}, std::nullopt,
-                                             confirmed.toJson()});
-    ASSERT_TRUE(report.succeeded) << report.message.toStdString();
-    const QString compressed = report.results.value(0);
-    const bool heic = confirmed.format == CompressionSettings::Format::heic;
-    EXPECT_EQ(QFileInfo(compressed).fileName(), heic ? u"Holiday Compressed.heic" : u"Holiday Compressed.jpg");
-    EXPECT_EQ(loaderOf(compressed), heic ? u"heifload" : u"jpegload");
-    EXPECT_EQ(decoded(compressed).width(), 800);
-    EXPECT_EQ(CompressionSettings::load(), stored);
 }

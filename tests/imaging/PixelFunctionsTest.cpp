@@ -5,35 +5,32 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace wendrel;
 using namespace wendrel::test;
 using vips::VImage;
 
-TEST(FittedSize, LeavesSmallPicturesAndShrinksLargeOnesInProportion)
+// Fitting leaves small pictures and shrinks large ones in proportion, rounding 0.5 away from
+// zero; halving divides as integers; neither ever reaches zero pixels.
+TEST(PixelFunctions, FittedAndHalvedSizes)
 {
-    EXPECT_EQ(fittedSize({1000, 500}, 1920), QSize(1000, 500));
-    EXPECT_EQ(fittedSize({1920, 1080}, 1920), QSize(1920, 1080));
-    EXPECT_EQ(fittedSize({3840, 2160}, 1920), QSize(1920, 1080));
-    EXPECT_EQ(fittedSize({2160, 3840}, 1920), QSize(1080, 1920));
-    EXPECT_EQ(fittedSize({3000, 1001}, 1500), QSize(1500, 501));  // 500.5 rounds away from zero
-    EXPECT_EQ(fittedSize({100000, 1}, 1920), QSize(1920, 1));       // never below one pixel
-}
+    const struct {
+        QSize size;
+        int longest;  // 0: halved
+        QSize expected;
+    } rows[] = {
+        {{1000, 500}, 1920, {1000, 500}}, {{1920, 1080}, 1920, {1920, 1080}}, {{3840, 2160}, 1920, {1920, 1080}},
+        {{2160, 3840}, 1920, {1080, 1920}}, {{3000, 1001}, 1500, {1500, 501}}, {{100000, 1}, 1920, {1920, 1}},
+        {{4001, 3001}, 0, {2000, 1500}},   {{1, 1}, 0, {1, 1}},               {{2, 100}, 0, {1, 50}},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.longest ? fittedSize(row.size, row.longest) : halfSize(row.size), row.expected)
+            << row.size.width() << "x" << row.size.height() << " to " << row.longest;
 
-TEST(HalfSize, UsesIntegerDivisionAndNeverReachesZero)
-{
-    EXPECT_EQ(halfSize({4001, 3001}), QSize(2000, 1500));
-    EXPECT_EQ(halfSize({1, 1}), QSize(1, 1));
-    EXPECT_EQ(halfSize({2, 100}), QSize(1, 50));
-}
-
-TEST(CentredSquare, CutsTheMiddleOfTheLongSide)
-{
     const SquareCrop wide = centredSquare({300, 200});
-    EXPECT_EQ(wide.side, 200);
-    EXPECT_EQ(wide.left, 50);
-    EXPECT_EQ(wide.top, 0);
-    const SquareCrop odd = centredSquare({200, 301});
-    EXPECT_EQ(odd.top, 50);
+    EXPECT_EQ(std::tuple(wide.side, wide.left, wide.top), std::tuple(200, 50, 0));
+    EXPECT_EQ(centredSquare({200, 301}).top, 50);
     EXPECT_EQ(centredSquare({64, 64}).left, 0);
 }
 

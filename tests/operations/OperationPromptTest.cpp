@@ -135,19 +135,15 @@ TEST_F(OperationPromptTest, ConfirmingStoresTheCompletedAnswers)
               u"Strongest compression for scans. Text will no longer be selectable or searchable.");
 }
 
-TEST_F(OperationPromptTest, CancellingStoresNothingAndLeavesNothingToRun)
+// Cancelling, and answers that don't fit, leave nothing to run and store nothing.
+TEST_F(OperationPromptTest, CancelledOrUnfitAnswersAreRefusedAndNotStored)
 {
-    EXPECT_FALSE(askBeforeRunning(*entry, {first}, [](const PromptRequest&) { return std::optional<QJsonObject>(); }));
-    EXPECT_EQ(PDFCompressionSettings::load(), stored);
-}
-
-TEST_F(OperationPromptTest, AnswersThatDontFitAreRefusedAndNotStored)
-{
-    for (const QJsonObject& bad : {QJsonObject{{QStringLiteral("targetMB"), -1}},
-                                   QJsonObject{{QStringLiteral("quality"), QStringLiteral("extreme")}},
-                                   QJsonObject{{QStringLiteral("colour"), QStringLiteral("red")}}}) {
-        EXPECT_FALSE(askBeforeRunning(*entry, {first}, [&](const PromptRequest&) { return std::optional(bad); }))
-            << QJsonDocument(bad).toJson().toStdString();
+    for (const std::optional<QJsonObject>& given :
+         {std::optional<QJsonObject>(), std::optional(QJsonObject{{QStringLiteral("targetMB"), -1}}),
+          std::optional(QJsonObject{{QStringLiteral("quality"), QStringLiteral("extreme")}}),
+          std::optional(QJsonObject{{QStringLiteral("colour"), QStringLiteral("red")}})}) {
+        EXPECT_FALSE(askBeforeRunning(*entry, {first}, [&](const PromptRequest&) { return given; }))
+            << (given ? QJsonDocument(*given).toJson().toStdString() : "cancelled");
     }
     EXPECT_EQ(PDFCompressionSettings::load(), stored);
 }
@@ -177,10 +173,7 @@ TEST_F(OperationPromptTest, TheJobRunsWithItsAnswersAndLeavesTheStoredSettingsAl
     PDFCompressionSettings partly = stored;
     partly.targetMB = 0.5;
     EXPECT_EQ(ranWith({{QStringLiteral("targetMB"), 0.5}}), partly);
-}
-
-TEST_F(OperationPromptTest, AJobStartedWithoutAskingUsesTheStoredSettings)
-{
+    // Started without asking, it uses what is stored.
     EXPECT_EQ(ranWith({}), stored);
 }
 
