@@ -35,21 +35,16 @@ TEST(FileManagerActions, ScriptsQuoteThePathForTheShell)
                     .contains(u"${CAJA_SCRIPT_SELECTED_FILE_PATHS-}"));
 }
 
-TEST(FileManagerActions, EveryFileManagerGetsTheThreeActionsWhereItLooks)
+// What each file manager's files say. (Where they go, and that the scripts and Plasma 6's
+// service menu are executable, the integration test checks on a real install.)
+TEST(FileManagerActions, EveryFileManagerGetsTheThreeActions)
 {
     const IntegrationHomes homes{QStringLiteral("/h/data"), QStringLiteral("/h/config"), {}};
     const QString exe = QStringLiteral("/usr/bin/wendrel");
-    const QList<OwnFile> nautilus = ownFiles(FileManager::nautilus, homes, exe);
-    ASSERT_EQ(nautilus.size(), 3);
-    EXPECT_EQ(nautilus[0].path, u"/h/data/nautilus/scripts/Convert with Wendrel");
-    EXPECT_EQ(nautilus[1].path, u"/h/data/nautilus/scripts/Wendrel Tools");
-    EXPECT_EQ(nautilus[2].path, u"/h/data/nautilus/scripts/Wendrel Actions");
-    EXPECT_TRUE(nautilus[2].executable);
-    EXPECT_EQ(ownFiles(FileManager::caja, homes, exe)[1].path, u"/h/config/caja/scripts/Wendrel Tools");
-
+    EXPECT_EQ(ownFiles(FileManager::nautilus, homes, exe).size(), 3);
+    EXPECT_EQ(ownFiles(FileManager::caja, homes, exe).size(), 3);
     const QList<OwnFile> nemo = ownFiles(FileManager::nemo, homes, exe);
     ASSERT_EQ(nemo.size(), 3);
-    EXPECT_EQ(nemo[2].path, u"/h/data/nemo/actions/wendrel-actions.nemo_action");
     const QString action = text(nemo[0].content);
     for (const char* line : {"[Nemo Action]\n", "Name=Convert with Wendrel\n", "Exec=\"/usr/bin/wendrel\" ring convert %F\n",
                              "Selection=NotNone\n", "Extensions=any;\n", "Quote=double\n"})
@@ -57,9 +52,7 @@ TEST(FileManagerActions, EveryFileManagerGetsTheThreeActionsWhereItLooks)
 
     const QList<OwnFile> dolphin = ownFiles(FileManager::dolphin, homes, exe);
     ASSERT_EQ(dolphin.size(), 2);
-    EXPECT_EQ(dolphin[0].path, u"/h/data/kio/servicemenus/wendrel-ring.desktop");
-    EXPECT_TRUE(dolphin[0].executable);  // Plasma 6 ignores service menus that aren't
-    EXPECT_EQ(dolphin[1].path, u"/h/data/kservices5/ServiceMenus/wendrel-ring.desktop");
+    EXPECT_EQ(dolphin[1].content, dolphin[0].content);  // Plasma 5 reads the same menu elsewhere
     const QString menu = text(dolphin[0].content);
     for (const char* line : {"[Desktop Entry]\n", "Type=Service\n", "MimeType=all/all;\n",
                              "Actions=wendrelConvert;wendrelTools;wendrelActions;\n", "[Desktop Action wendrelTools]\n",
