@@ -73,18 +73,13 @@ TEST(ExifOrientation, RemovesOnlyTheOrientationEntryInBothByteOrders)
 
 TEST(ExifOrientation, BlocksWithoutTheTagOrTooDamagedAreLeftAlone)
 {
-    const QByteArray plain = exifBlock({{0x010F, 2, 4, 0}}, false);
-    EXPECT_EQ(withoutExifOrientation(plain), plain);
-
     QByteArray lying = exifBlock({{0x0112, 3, 1, 6}}, false);
     lying[6 + 8] = char(0xFF);  // claims 255 entries in a block that holds one
-    EXPECT_EQ(withoutExifOrientation(lying), lying);
-
-    EXPECT_EQ(withoutExifOrientation(QByteArray("Exif\0\0II", 8)), QByteArray("Exif\0\0II", 8));
-    EXPECT_EQ(withoutExifOrientation(QByteArray()), QByteArray());
     QByteArray pointsOutside = exifBlock({{0x0112, 3, 1, 6}}, false);
     qToLittleEndian(quint32(0x7FFFFFF0), pointsOutside.data() + 6 + 4);
-    EXPECT_EQ(withoutExifOrientation(pointsOutside), pointsOutside);
+    for (const QByteArray& block : {exifBlock({{0x010F, 2, 4, 0}}, false), lying, pointsOutside,
+                                    QByteArray("Exif\0\0II", 8), QByteArray()})
+        EXPECT_EQ(withoutExifOrientation(block), block) << block.toHex().toStdString();
 }
 
 TEST(XmpOrientation, RemovesAttributeAndElementForms)

@@ -144,11 +144,20 @@ TEST_F(ImageOperationsTest, TransparencyTurnsWhiteInJpegAndBmpButStaysElsewhere)
     EXPECT_EQ(pixel(webp, 1, 1)[3], 0);
 }
 
-TEST_F(ImageOperationsTest, QualitySettingForConversionsAndTheFloorForTransforms)
+// Conversions follow the quality and longest-side settings; transforms keep at least the
+// source's quality.
+TEST_F(ImageOperationsTest, QualityAndSizeSettingsForConversionsAndTheFloorForTransforms)
 {
+    FormatSettings smaller;
+    smaller.imageMaxDimension = 500;
+    smaller.save();
+    const VImage limited = decoded(result("image.jpg", picture(QStringLiteral("Big.png"), photoLike(2000, 1000))));
+    EXPECT_EQ(limited.width(), 500);
+    EXPECT_EQ(limited.height(), 250);
+
     if (!haveTool(QStringLiteral("identify")))
         GTEST_SKIP() << "ImageMagick's identify estimates JPEG quality";
-    FormatSettings smaller;
+    smaller.imageMaxDimension = 0;
     smaller.imageQuality = FormatSettings::ImageQuality::smaller;
     smaller.save();
     const QString png = picture(QStringLiteral("p.png"), photoLike(200, 100));
@@ -250,17 +259,6 @@ TEST_F(ImageOperationsTest, TransformsKeepTheSourceFormatExceptGif)
     const QString logo = picture(QStringLiteral("Logo.png"), transparentDisc(40));
     EXPECT_EQ(decoded(result("image.flip", logo)).bands(), 4);
     EXPECT_EQ(decoded(result("image.autoEnhance", logo)).bands(), 4);
-}
-
-TEST_F(ImageOperationsTest, MaximumDimensionSettingLimitsConversions)
-{
-    FormatSettings limited;
-    limited.imageMaxDimension = 500;
-    limited.save();
-    const QString photo = picture(QStringLiteral("Big.png"), photoLike(2000, 1000));
-    const VImage converted = decoded(result("image.jpg", photo));
-    EXPECT_EQ(converted.width(), 500);
-    EXPECT_EQ(converted.height(), 250);
 }
 
 TEST_F(ImageOperationsTest, IconAndPdfFromPictures)
