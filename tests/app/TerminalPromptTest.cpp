@@ -62,7 +62,7 @@ void waitForEcho(int fd, bool wanted)
 
 }  // namespace
 
-TEST(TerminalPrompt, EnterKeepsEveryValueAndOnlyShownFieldsAreAsked)
+TEST(TerminalPrompt, EnterKeepsEveryValueOnlyShownFieldsAreAskedAndNoMeansNothing)
 {
     const PromptRequest request = compressionSettingsView({}, 1);
     const auto [answers, written] = askWithInput(request, "\n\n\n\n\n");
@@ -74,6 +74,10 @@ TEST(TerminalPrompt, EnterKeepsEveryValueAndOnlyShownFieldsAreAsked)
     EXPECT_FALSE(written.contains(u"Smaller by"));
     EXPECT_FALSE(written.contains(u"Quality ("));
     EXPECT_TRUE(written.endsWith(u"Compress image? [Y/n]: "));
+
+    // Declining, or input ending before the question is answered, gives nothing.
+    for (const char* typed : {"\n\n\n\nno\n", "3\n", ""})
+        EXPECT_FALSE(askWithInput(request, typed).first) << typed;
 }
 
 TEST(TerminalPrompt, MenuNumbersValuesAndRetriesAfterAWrongAnswer)
@@ -90,14 +94,6 @@ TEST(TerminalPrompt, MenuNumbersValuesAndRetriesAfterAWrongAnswer)
     EXPECT_TRUE(written.contains(u"Smaller by (1-99) [50]: Please enter a whole number from 1 to 99.\nSmaller by (1-99) [50]: "))
         << written.toStdString();
     EXPECT_TRUE(written.endsWith(u"Compress 2 images? [Y/n]: "));
-}
-
-TEST(TerminalPrompt, DecliningOrEndOfInputGivesNothing)
-{
-    const PromptRequest request = compressionSettingsView({}, 1);
-    EXPECT_FALSE(askWithInput(request, "\n\n\n\nno\n").first);
-    EXPECT_FALSE(askWithInput(request, "3\n").first);
-    EXPECT_FALSE(askWithInput(request, "").first);
 }
 
 TEST(TerminalPrompt, PasswordIsReadWithoutEchoAndEchoComesBack)
