@@ -3,6 +3,7 @@
 #include "X11Connection.h"
 #include "X11HotKeyGrabber.h"
 #include "operations/Logging.h"
+#include "triggers/TriggerLog.h"
 
 #include <QClipboard>
 #include <QCursor>
@@ -24,7 +25,9 @@ namespace wendrel {
 namespace {
 
 constexpr int steadySampleMilliseconds = 16;
-constexpr int selectionTimeoutMilliseconds = 300;
+// A drag source answers from its own event loop, which on a busy machine may not run for a
+// good while; one that never answers costs this wait once, as reading stops at its silence.
+constexpr int selectionTimeoutMilliseconds = 2000;
 constexpr int clipboardTimeoutMilliseconds = 1200;
 
 // File managers by the class or name in WM_CLASS, lower-cased.
@@ -153,6 +156,7 @@ void X11TriggerBackend::start(DragMonitor& monitor)
 {
     m_monitor = &monitor;
     m_connection->dispatchPending();
+    qCDebug(lcTriggers, "watching drags, modifier keys and the left button");
 }
 
 HotKeyGrabber& X11TriggerBackend::hotKeyGrabber() { return *m_hotKeys; }
@@ -183,8 +187,10 @@ void X11TriggerBackend::handleEvent(XEvent& event)
         return;
     }
     if (event.type == KeyPress) {
-        if (const std::optional<int> id = m_hotKeys->idForPress(event.xkey.keycode, event.xkey.state))
+        if (const std::optional<int> id = m_hotKeys->idForPress(event.xkey.keycode, event.xkey.state)) {
+            qCDebug(lcTriggers, "shortcut %d pressed", *id);
             Q_EMIT hotKeyPressed(*id);
+        }
         return;
     }
     if (event.type != GenericEvent || event.xcookie.extension != m_inputOpcode)
@@ -198,6 +204,7 @@ void X11TriggerBackend::handleEvent(XEvent& event)
         const KeySym keysym = XkbKeycodeToKeysym(m_connection->display(), KeyCode(raw->detail), 0, 0);
         if (keysym == XK_Escape && event.xcookie.evtype == XI_RawKeyPress && m_monitor) {
             m_monitor->cancelDrag(m_heldModifiers);
+            qCDebug(lcTriggers, "Escape pressed");
         } else if (modifierForKeysym(keysym) != 0) {
             // Several keys may give the same modifier (both Shift keys): it is held while any is.
             if (event.xcookie.evtype == XI_RawKeyPress)
@@ -209,6 +216,8 @@ void X11TriggerBackend::handleEvent(XEvent& event)
                 held |= modifierForKeysym(XkbKeycodeToKeysym(m_connection->display(), KeyCode(keycode), 0, 0));
             m_heldModifiers = held;
             sample();
+            qCDebug(lcTriggers, "modifier key %s, held: %s", event.xcookie.evtype == XI_RawKeyPress ? "down" : "up",
+                    held ? qUtf8Printable(nameLabel(held)) : "none");
         }
         break;
     }
@@ -217,6 +226,7 @@ void X11TriggerBackend::handleEvent(XEvent& event)
         if (raw->detail == 1) {
             m_buttonDown = event.xcookie.evtype == XI_RawButtonPress;
             sample();
+            qCDebug(lcTriggers, "left button %s", m_buttonDown ? "down" : "up");
         }
         break;
     default:
@@ -249,9 +259,18 @@ std::optional<QByteArray> X11TriggerBackend::convertDragSelection(const char* ta
     XConvertSelection(display, m_connection->atom("XdndSelection"), m_connection->atom(target), property,
                       m_connection->window(), m_selectionTime);
     XEvent reply;
-    if (!m_connection->waitForWindowEvent(SelectionNotify, reply, selectionTimeoutMilliseconds)
-        || reply.xselection.property == None)
+    // A late answer about an earlier drag may still be queued: only this drag's counts.
+    do {
+        if (!m_connection->waitForWindowEvent(SelectionNotify, reply, selectionTimeoutMilliseconds)) {
+            m_dragSourceSilent = true;
+            qCDebug(lcTriggers, "the drag source did not answer for %s", target);
+            return std::nullopt;
+        }
+    } while (reply.xselection.time != m_selectionTime);
+    if (reply.xselection.property == None) {
+        qCDebug(lcTriggers, "the drag source refused %s", target);
         return std::nullopt;
+    }
 
     QByteArray data;
     Atom type = None;
@@ -293,10 +312,25 @@ std::optional<QByteArray> X11TriggerBackend::convertDragSelection(const char* ta
 
 std::optional<QStringList> X11TriggerBackend::readDragFiles()
 {
+    std::optional<QStringList> files = offeredDragFiles();
+    if (files)
+        qCDebug(lcTriggers, "a new drag offers %ld file(s)", long(files->size()));
+    else
+        qCDebug(lcTriggers, "a new drag carries no files");
+    return files;
+}
+
+std::optional<QStringList> X11TriggerBackend::offeredDragFiles()
+{
+    m_dragSourceSilent = false;
     if (const std::optional<QByteArray> uris = convertDragSelection("text/uri-list"))
         return localFilesFromUriList(*uris);
+    if (m_dragSourceSilent)
+        return std::nullopt;
     if (const std::optional<QByteArray> copied = convertDragSelection("x-special/gnome-copied-files"))
         return localFilesFromGnomeCopiedFiles(*copied);
+    if (m_dragSourceSilent)
+        return std::nullopt;
     // No list handed over: a file drag only if it announces files among its targets.
     const std::optional<QByteArray> targets = convertDragSelection("TARGETS");
     if (!targets)
@@ -361,6 +395,7 @@ void X11TriggerBackend::fetchFileManagerSelection(std::function<void(const Selec
         for (const QString& format : current->formats())
             previous->setData(format, current->data(format));
     }
+    qCDebug(lcTriggers, "asking the file manager for its selection");
     auto context = new QObject(this);
     auto finished = std::make_shared<bool>(false);
     const auto finish = [clipboard, previous, context, finished, done](const SelectionResult& result) {

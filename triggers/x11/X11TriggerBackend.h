@@ -46,6 +46,7 @@ private:
     void sample();
     ModifierFlags modifiersFromServer(bool* buttonDown);
     std::optional<QByteArray> convertDragSelection(const char* target);
+    std::optional<QStringList> offeredDragFiles();
 
     std::unique_ptr<X11Connection> m_connection;
     std::unique_ptr<X11HotKeyGrabber> m_hotKeys;
@@ -56,6 +57,7 @@ private:
     qint64 m_selectionChanges = 0;
     unsigned long m_selectionTime = 0;
     bool m_buttonDown = false;
+    bool m_dragSourceSilent = false;  // the drag being read left a question unanswered
     std::set<int> m_heldModifierKeys;  // keycodes of modifier keys now down
     ModifierFlags m_heldModifiers = 0;
 };
