@@ -22,7 +22,8 @@ namespace wendrel {
 
 namespace {
 
-constexpr int clipboardTimeoutMilliseconds = 1200;
+// From Ctrl+C going out: time for a busy file manager to copy and for us to read it.
+constexpr int clipboardTimeoutMilliseconds = 3000;
 constexpr int keysUpPollMilliseconds = 20;
 constexpr int keysUpAttempts = 50;
 
@@ -111,17 +112,19 @@ void X11SelectionFetch::fetch(std::function<void(const SelectionResult&)> done)
                 finish(*files);
         }
     });
-    QTimer::singleShot(clipboardTimeoutMilliseconds, context, [finish] {
-        finish(QStringLiteral("the file manager did not copy its selection"));
+    sendCopyOnceKeysAreUp(context, keysUpAttempts, [context, finish] {
+        QTimer::singleShot(clipboardTimeoutMilliseconds, context, [finish] {
+            finish(QStringLiteral("the file manager did not copy its selection"));
+        });
     });
-    sendCopyOnceKeysAreUp(context, keysUpAttempts);
 }
 
-void X11SelectionFetch::sendCopyOnceKeysAreUp(QObject* context, int attemptsLeft)
+void X11SelectionFetch::sendCopyOnceKeysAreUp(QObject* context, int attemptsLeft, std::function<void()> sent)
 {
     if (queryPointerState(m_connection).modifiers != 0 && attemptsLeft > 0) {
-        QTimer::singleShot(keysUpPollMilliseconds, context,
-                           [this, context, attemptsLeft] { sendCopyOnceKeysAreUp(context, attemptsLeft - 1); });
+        QTimer::singleShot(keysUpPollMilliseconds, context, [this, context, attemptsLeft, sent = std::move(sent)] {
+            sendCopyOnceKeysAreUp(context, attemptsLeft - 1, sent);
+        });
         return;
     }
     Display* display = m_connection.display();
@@ -132,6 +135,7 @@ void X11SelectionFetch::sendCopyOnceKeysAreUp(QObject* context, int attemptsLeft
     XTestFakeKeyEvent(display, c, False, CurrentTime);
     XTestFakeKeyEvent(display, control, False, CurrentTime);
     XFlush(display);
+    sent();
 }
 
 }  // namespace wendrel

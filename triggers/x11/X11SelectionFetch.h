@@ -25,8 +25,9 @@ public:
 
 private:
     // The keys of the shortcut that asked may still be down; Ctrl+C must arrive alone. Waits
-    // for them (`attemptsLeft` more looks) on `context`, the fetch's own lifetime.
-    void sendCopyOnceKeysAreUp(QObject* context, int attemptsLeft);
+    // for them (`attemptsLeft` more looks) on `context`, the fetch's own lifetime, and calls
+    // `sent` once Ctrl+C is out.
+    void sendCopyOnceKeysAreUp(QObject* context, int attemptsLeft, std::function<void()> sent);
 
     X11Connection& m_connection;
 };
