@@ -1,14 +1,23 @@
 """A private X11 desktop for end-to-end tests: Xvfb with a window manager and a session bus,
 a private home, and helpers to drive the pointer and look at the screen.
 
-Everything runs inside one temporary folder and is stopped when the session closes."""
+Everything runs inside one temporary folder and is stopped when the session closes.
 
+Nothing here sleeps for a fixed time before looking: every step waits for what it needs (a
+window mapped, a selection owned, a line in a log) with a deadline generous enough for a
+machine whose cores are all busy with other work."""
+
+import ctypes
 import os
 import shutil
 import signal
 import subprocess
 import tempfile
 import time
+
+# How long to wait for anything that should happen: far longer than it takes on an idle machine,
+# so only a real fault runs into it.
+DEADLINE = 30.0
 
 
 class Desktop:
@@ -32,8 +41,12 @@ class Desktop:
         self.processes = []
         self._start_display(width, height)
         self._start_bus()
-        self.spawn(["openbox", "--sm-disable"])
-        time.sleep(0.5)
+        self._x11 = None
+        manager_log = os.path.join(self.root, "openbox.log")
+        manager = self.spawn(["openbox", "--sm-disable"], log=open(manager_log, "w"))
+        if not wait_for(self._window_manager_running):
+            with open(manager_log) as file:
+                raise RuntimeError(f"the window manager did not start ({manager.poll()}): {file.read()}")
 
     def _start_display(self, width, height):
         read_end, write_end = os.pipe()
@@ -63,16 +76,57 @@ class Desktop:
         self.processes.append(process)
         return process
 
+    def _window_manager_running(self):
+        return "window id" in self.run(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], check=False).stdout
+
+    def selection_owned(self, name):
+        """Whether some client owns the X selection `name` (a drag, a system tray)."""
+        if self._x11 is None:
+            library = ctypes.cdll.LoadLibrary("libX11.so.6")
+            library.XOpenDisplay.restype = ctypes.c_void_p
+            library.XOpenDisplay.argtypes = [ctypes.c_char_p]
+            library.XInternAtom.restype = ctypes.c_ulong
+            library.XInternAtom.argtypes = [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_int]
+            library.XGetSelectionOwner.restype = ctypes.c_ulong
+            library.XGetSelectionOwner.argtypes = [ctypes.c_void_p, ctypes.c_ulong]
+            library.XCloseDisplay.argtypes = [ctypes.c_void_p]
+            display = library.XOpenDisplay(self.env["DISPLAY"].encode())
+            if not display:
+                raise RuntimeError("can't open the test display")
+            self._x11 = (library, display)
+        library, display = self._x11
+        return library.XGetSelectionOwner(display, library.XInternAtom(display, name.encode(), 0)) != 0
+
     def run(self, command, check=True, timeout=60):
         return subprocess.run(command, env=self.env, capture_output=True, text=True, check=check, timeout=timeout)
 
     def xdotool(self, *arguments):
         return self.run(["xdotool", *map(str, arguments)], check=False).stdout.strip()
 
-    def visible_window(self, name):
-        """The id of a visible window with this title, or None."""
-        found = self.xdotool("search", "--onlyvisible", "--name", f"^{name}$")
+    def visible_window(self, name, process=None):
+        """The id of a visible window with this title (of this process, if given), or None."""
+        owner = ["--all", "--pid", process.pid] if process else []
+        found = self.xdotool("search", "--onlyvisible", *owner, "--name", f"^{name}$")
         return found.splitlines()[0] if found else None
+
+    def active_window(self):
+        return self.xdotool("getactivewindow")
+
+    def activate(self, window):
+        """Gives `window` the focus and waits until the window manager says it has it."""
+        self.xdotool("windowactivate", "--sync", window)
+        return wait_for(lambda: self.active_window() == window)
+
+    def pointer(self):
+        values = dict(line.split("=") for line in self.xdotool("getmouselocation", "--shell").splitlines())
+        return int(values["X"]), int(values["Y"])
+
+    def move_pointer(self, *points):
+        """Moves the pointer through `points` in one go, each move done before the next."""
+        moves = []
+        for x, y in points:
+            moves += ["mousemove", "--sync", x, y]
+        self.xdotool(*moves)
 
     def window_geometry(self, window):
         values = {}
@@ -90,6 +144,10 @@ class Desktop:
             self.run(["import", "-window", "root", path])
 
     def close(self):
+        if self._x11:
+            library, display = self._x11
+            library.XCloseDisplay(display)
+            self._x11 = None
         for process in reversed(self.processes):
             if process.poll() is None:
                 process.terminate()
@@ -104,7 +162,7 @@ class Desktop:
         shutil.rmtree(self.root, ignore_errors=True)
 
 
-def wait_for(condition, timeout=10.0, step=0.05):
+def wait_for(condition, timeout=DEADLINE, step=0.05):
     """Polls `condition` until it returns something true; returns that, or None on timeout."""
     end = time.monotonic() + timeout
     while time.monotonic() < end:
@@ -136,19 +194,29 @@ def require_tools(tools):
         raise SystemExit(77)
 
 
-def start_file_drag(desktop, drag_source, files, log_path=None):
+def start_file_drag(desktop, drag_source, files, log_path, noticed=lambda: True):
     """Starts the drag-source program with `files`, presses in its window and moves away: a
-    real file drag is under way when this returns, with the button still down."""
-    log = open(log_path, "w") if log_path else None
-    desktop.spawn([drag_source, *files], log=log)
-    source = wait_for(lambda: desktop.visible_window("Drag Source"), timeout=10)
+    real file drag is under way when this returns, with the button still down.
+
+    The first move starts the drag; the pointer then stays put until `noticed()` says the
+    drag was seen, as a Qt drag source answers questions about its drag only for the time of
+    the last motion it handled."""
+    process = desktop.spawn([drag_source, *files], log=open(log_path, "w"))
+    source = wait_for(lambda: desktop.visible_window("Drag Source", process))
+    if not source:
+        raise RuntimeError("the drag source did not start")
+    # Sources of earlier drags are still open at the same place: this one goes on top.
+    if not desktop.activate(source):
+        raise RuntimeError("the drag source did not come to the front")
     x, y, width, height = desktop.window_geometry(source)
-    desktop.xdotool("mousemove", x + width // 2, y + height // 2)
-    time.sleep(0.2)
+    centre_x, centre_y = x + width // 2, y + height // 2
+    desktop.move_pointer((centre_x, centre_y))
     desktop.xdotool("mousedown", "1")
-    time.sleep(0.1)
-    for step in range(1, 25):
-        desktop.xdotool("mousemove", x + width // 2 + step * 14, y + height // 2 + step * 8)
-        time.sleep(0.02)
-    time.sleep(0.3)
+    desktop.move_pointer((centre_x + 14, centre_y + 8))  # past the drag distance
+    if not wait_for(lambda: "drag started" in open(log_path).read()):
+        raise RuntimeError("the drag did not start")
+    if not wait_for(noticed):
+        raise RuntimeError("the drag was not noticed")
+    # On away from the source, in small steps as a hand moves.
+    desktop.move_pointer(*((centre_x + step * 14, centre_y + step * 8) for step in range(2, 25)))
     return source

@@ -46,12 +46,37 @@ def segment_point(desktop, window, index, count):
 
 
 def open_ring(desktop, wendrel, kind, path, at=(640, 400)):
-    desktop.xdotool("mousemove", *at)
+    desktop.move_pointer(at)
     desktop.run([wendrel, "ring", kind, path])
-    return wait_for(lambda: desktop.visible_window(RING), timeout=15)
+    return wait_for(lambda: desktop.visible_window(RING))
 
 
-REQUIRED_TOOLS = ("Xvfb", "openbox", "trayer", "xdotool", "import", "dbus-daemon", "dbus-monitor", "vipsheader")
+def click_segment(desktop, window, index, count):
+    """Clicks segment `index`; returns the time just before the click, which the ring's
+    reaction can only follow."""
+    desktop.move_pointer(segment_point(desktop, window, index, count))
+    clicked_at = time.monotonic()
+    desktop.xdotool("click", "1")
+    return clicked_at
+
+
+def seconds_until_hidden(desktop, since):
+    """Waits for the ring to go; the seconds from `since` until it was seen gone, or None."""
+    if not wait_for(lambda: not desktop.visible_window(RING)):
+        return None
+    return time.monotonic() - since
+
+
+def press_in(desktop, window, *keys):
+    """Sends `keys` to `window` once it has the focus, as a person would type into it."""
+    if not desktop.activate(window):
+        return False
+    desktop.xdotool("key", *keys)
+    return True
+
+
+REQUIRED_TOOLS = ("Xvfb", "openbox", "trayer", "xdotool", "xprop", "import", "dbus-daemon", "dbus-monitor",
+                  "vipsheader")
 
 
 def main():
@@ -66,7 +91,7 @@ def main():
         # A tray to put the icon in, as a desktop panel would offer.
         desktop.spawn(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28",
                        "--SetDockType", "true"])
-        time.sleep(0.5)
+        check(wait_for(lambda: desktop.selection_owned("_NET_SYSTEM_TRAY_S0")), "the tray is up")
         appearance = os.environ.get("WENDREL_E2E_APPEARANCE")
         if appearance:  # "light" or "dark", for screenshots of both
             settings = os.path.join(desktop.env["XDG_CONFIG_HOME"], "Wendrel")
@@ -76,9 +101,15 @@ def main():
         log = open(os.path.join(desktop.root, "agent.log"), "w")
         monitor_log = open(os.path.join(desktop.root, "bus.log"), "w")
         desktop.spawn(["dbus-monitor", "--session", "type='signal',interface='org.wendrel.Wendrel'"], log=monitor_log)
+
+        def bus_said(text):
+            with open(monitor_log.name) as file:
+                return text in file.read()
+        # The monitor prints its own NameAcquired signal once it listens; no signal is lost after.
+        check(wait_for(lambda: bus_said("NameAcquired")), "the bus monitor listens")
         agent = desktop.spawn([wendrel], log=log)
         socket = os.path.join(desktop.env["XDG_RUNTIME_DIR"], "wendrel.socket")
-        check(wait_for(lambda: os.path.exists(socket), timeout=20), "the agent listens on its socket")
+        check(wait_for(lambda: os.path.exists(socket)), "the agent listens on its socket")
 
         photo = os.path.join(desktop.home, "Holiday.png")
         write_png(photo, 320, 200)
@@ -91,26 +122,24 @@ def main():
         x, y, width, height = desktop.window_geometry(window)
         check((width, height) == (544, 544), f"the ring is 544 x 544 (got {width} x {height})")
         check(abs(x + width // 2 - 640) <= 2 and abs(y + height // 2 - 400) <= 2, "the ring is centred on the pointer")
-        time.sleep(0.3)
         if shots:
             desktop.screenshot(os.path.join(shots, "ring-convert.png"), window)
-
-        desktop.xdotool("mousemove", *segment_point(desktop, window, 0, 10))
-        time.sleep(0.3)
-        if shots:
+            desktop.move_pointer(segment_point(desktop, window, 0, 10))
             desktop.screenshot(os.path.join(shots, "ring-hover.png"), window)
-        desktop.xdotool("click", "1")
+
+        clicked_at = click_segment(desktop, window, 0, 10)
         result = os.path.join(desktop.home, "Holiday.jpg")
-        check(wait_for(lambda: os.path.exists(result), timeout=20), "clicking JPG writes Holiday.jpg beside the PNG")
+        check(wait_for(lambda: os.path.exists(result)), "clicking JPG writes Holiday.jpg beside the PNG")
         if os.path.exists(result):
             header = subprocess.run(["vipsheader", result], capture_output=True, text=True).stdout
             check("320x200" in header and "jpegload" in header, f"the JPG decodes at 320 x 200 ({header.strip()})")
         check(open(photo, "rb").read() == original, "the original is unchanged")
-        time.sleep(0.4)
         if shots:
             desktop.screenshot(os.path.join(shots, "ring-result.png"), window)
-        check(desktop.visible_window(RING), "the ring still shows the result a moment later")
-        check(wait_for(lambda: not desktop.visible_window(RING), timeout=6), "the ring hides after its delay")
+        # The result stays 2 s after the job, which ends after the click: the ring can't be gone
+        # sooner, however slow the machine.
+        shown_for = seconds_until_hidden(desktop, clicked_at)
+        check(shown_for and shown_for >= 2.0, f"the ring shows the result, then hides (after {shown_for} s)")
 
         # A failure stays longer: a text file named like a picture.
         broken = os.path.join(desktop.home, "Broken.png")
@@ -118,33 +147,28 @@ def main():
             file.write("not a picture\n")
         window = open_ring(desktop, wendrel, "convert", broken)
         if check(window, "the ring opens for the broken file"):
-            desktop.xdotool("mousemove", *segment_point(desktop, window, 0, 10))
-            time.sleep(0.2)
-            desktop.xdotool("click", "1")
-            time.sleep(2.5)
+            clicked_at = click_segment(desktop, window, 0, 10)
             if shots:
                 desktop.screenshot(os.path.join(shots, "ring-failure.png"), window)
-            check(desktop.visible_window(RING), "a failure is still shown after 2.5 s")
-            check(wait_for(lambda: not desktop.visible_window(RING), timeout=5), "and hides after its 4 s")
+            # A failure stays 4 s, longer than a result's 2 s.
+            shown_for = seconds_until_hidden(desktop, clicked_at)
+            check(shown_for and shown_for >= 4.0, f"a failure stays at least 4 s, then hides (after {shown_for} s)")
             check(not os.path.exists(os.path.join(desktop.home, "Broken.jpg")), "nothing lands for a failed file")
 
         # An entry that asks first: Compress (segment 0 of the tools ring) shows its sheet over the
         # ring; confirming runs it with those answers.
         window = open_ring(desktop, wendrel, "tools", photo)
         if check(window, "the tools ring opens for the PNG"):
-            desktop.xdotool("mousemove", *segment_point(desktop, window, 0, 10))
-            time.sleep(0.2)
-            desktop.xdotool("click", "1")
-            sheet = wait_for(lambda: desktop.visible_window("Compress"), timeout=5)
+            click_segment(desktop, window, 0, 10)
+            sheet = wait_for(lambda: desktop.visible_window("Compress"))
             if check(sheet, "Compress asks for its target first"):
-                time.sleep(0.3)
                 if shots:
                     desktop.screenshot(os.path.join(shots, "ring-compress-sheet.png"))
                 check(desktop.visible_window(RING), "the ring stays while the sheet asks")
-                desktop.xdotool("key", "Return")
+                check(press_in(desktop, sheet, "Return"), "the sheet takes the keys")
                 compressed = os.path.join(desktop.home, "Holiday Compressed.jpg")
-                check(wait_for(lambda: os.path.exists(compressed), timeout=20), "confirming writes Holiday Compressed.jpg")
-            check(wait_for(lambda: not desktop.visible_window(RING), timeout=8), "and the ring goes after the result")
+                check(wait_for(lambda: os.path.exists(compressed)), "confirming writes Holiday Compressed.jpg")
+            check(wait_for(lambda: not desktop.visible_window(RING)), "and the ring goes after the result")
 
         # Nothing fits: the tools ring for a plain text file; Escape closes it.
         notes = os.path.join(desktop.home, "notes.txt")
@@ -152,63 +176,65 @@ def main():
             file.write("hello\n")
         window = open_ring(desktop, wendrel, "tools", notes)
         if check(window, "the tools ring opens for a text file"):
-            time.sleep(0.3)
             if shots:
                 desktop.screenshot(os.path.join(shots, "ring-nothing-fits.png"), window)
-            desktop.xdotool("key", "--window", window, "Escape")
-            check(wait_for(lambda: not desktop.visible_window(RING), timeout=3), "Escape closes the ring")
+            check(press_in(desktop, window, "Escape"), "the ring takes the keys")
+            check(wait_for(lambda: not desktop.visible_window(RING)), "Escape closes the ring")
 
         # A second start hands over to the running agent, which offers Choose Files, and leaves.
-        second = desktop.run([wendrel], check=False, timeout=20)
+        second = desktop.run([wendrel], check=False)
         check(second.returncode == 0, "a second start exits cleanly")
         check(agent.poll() is None, "the first agent keeps running")
-        chooser = wait_for(lambda: desktop.visible_window("Choose Files"), timeout=5)
+        chooser = wait_for(lambda: desktop.visible_window("Choose Files"))
         if check(chooser, "a second start brings up Choose Files"):
-            desktop.xdotool("windowactivate", "--sync", chooser)
-            desktop.xdotool("key", "Escape")
-            check(wait_for(lambda: not desktop.visible_window("Choose Files"), timeout=5), "Escape cancels it")
+            check(press_in(desktop, chooser, "Escape"), "Choose Files takes the keys")
+            check(wait_for(lambda: not desktop.visible_window("Choose Files")), "Escape cancels it")
 
-        announced = wait_for(lambda: "image.jpg" in open(monitor_log.name).read(), timeout=5)
-        check(announced, "JobFinished for image.jpg went out on the session bus")
+        check(wait_for(lambda: bus_said("image.jpg")), "JobFinished for image.jpg went out on the session bus")
 
         # The tray menu: undo the last result, then pause for an hour; both really happen.
+        def shown_windows():
+            return set(desktop.xdotool("search", "--onlyvisible", "--classname", "wendrel").splitlines())
+
         def tray_icon():
             found = desktop.xdotool("search", "--classname", "wendrel").splitlines()
             return [window for window in found if desktop.window_geometry(window)[2] <= 32]
-        tray = wait_for(tray_icon, timeout=5)
+        tray = wait_for(tray_icon)
         if check(tray, "the tray icon is shown"):
             x, y, width, height = desktop.window_geometry(tray[0])
 
             def choose(*keys):
-                desktop.xdotool("mousemove", x + width // 2, y + height // 2)
+                """Opens the tray menu and walks it with `keys`, each menu up before it's typed into."""
+                before = shown_windows()
+                desktop.move_pointer((x + width // 2, y + height // 2))
                 desktop.xdotool("click", "1")
-                time.sleep(0.6)
+                menus = wait_for(lambda: shown_windows() - before)
+                if not check(menus, "clicking the tray icon opens its menu"):
+                    return
+                if shots and not os.path.exists(os.path.join(shots, "tray-menu.png")):
+                    desktop.screenshot(os.path.join(shots, "tray-menu.png"))
                 for key in keys:
+                    opened = shown_windows()
                     desktop.xdotool("key", key)
-                    time.sleep(0.15)
+                    if key == "Right":
+                        check(wait_for(lambda: shown_windows() - opened), "Right opens the submenu")
 
             # The last job made Holiday Compressed.jpg; the JPG of the job before stays.
             last = os.path.join(desktop.home, "Holiday Compressed.jpg")
             trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Holiday Compressed.jpg")
             choose("Down", "Down", "Return")  # Choose Files…, Undo Last Result
-            check(wait_for(lambda: os.path.exists(trashed), timeout=5), "Undo Last Result moves the last result to the Trash")
+            check(wait_for(lambda: os.path.exists(trashed)), "Undo Last Result moves the last result to the Trash")
             check(not os.path.exists(last) and os.path.exists(result), "only the last job's result is gone")
+            check(wait_for(lambda: not shown_windows() - set(tray)), "the menu closes")
 
-            desktop.xdotool("mousemove", x + width // 2, y + height // 2)
-            desktop.xdotool("click", "1")
-            time.sleep(0.6)
-            if shots:
-                desktop.screenshot(os.path.join(shots, "tray-menu.png"))
-            for key in ("Down", "Down", "Right", "Return"):  # Undo is disabled now: Pause ▸ For 1 Hour
-                desktop.xdotool("key", key)
-                time.sleep(0.15)
+            choose("Down", "Down", "Right", "Return")  # Undo is disabled now: Pause ▸ For 1 Hour
             settings = os.path.join(desktop.env["XDG_CONFIG_HOME"], "Wendrel", "Wendrel.conf")
 
             def paused_until():
                 parser = configparser.ConfigParser()
                 parser.read(settings)
                 return parser.get("General", "pausedUntil", fallback=None)
-            stored = wait_for(paused_until, timeout=5)
+            stored = wait_for(paused_until)
             if check(stored, "pausing from the tray stores pausedUntil"):
                 left = float(stored) - time.time()
                 check(3500 < left <= 3600, f"the pause lasts an hour ({left:.0f} s left)")

@@ -1,5 +1,6 @@
 #include "X11Connection.h"
 
+#include <QAbstractEventDispatcher>
 #include <QElapsedTimer>
 
 #include <poll.h>
@@ -23,6 +24,15 @@ X11Connection::X11Connection(Display* display, QObject* parent)
     XSelectInput(m_display, m_window, PropertyChangeMask);
     m_notifier = std::make_unique<QSocketNotifier>(ConnectionNumber(m_display), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &X11Connection::dispatchPending);
+    // Every round trip (asking where the pointer is, reading a property) reads whatever events
+    // came before its reply into Xlib's queue, where the socket notifier never sees them: they
+    // would wait for the next byte from the server. They are dispatched before the loop sleeps.
+    if (QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance()) {
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, [this] {
+            if (XEventsQueued(m_display, QueuedAlready) > 0)
+                dispatchPending();
+        });
+    }
     XFlush(m_display);
 }
 

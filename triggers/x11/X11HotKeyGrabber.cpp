@@ -1,6 +1,7 @@
 #include "X11HotKeyGrabber.h"
 
 #include "X11Connection.h"
+#include "triggers/TriggerLog.h"
 
 #include <X11/Xlib.h>
 #include <X11/XKBlib.h>
@@ -96,6 +97,7 @@ bool X11HotKeyGrabber::grab(int id, const HotKey& hotKey)
         return false;
     }
     m_grabs.insert(id, {keycode, modifiers});
+    qCDebug(lcTriggers, "shortcut %d grabbed", id);
     return true;
 }
 

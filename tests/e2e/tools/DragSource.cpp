@@ -2,6 +2,7 @@
 // real drag of the files named on the command line, as a file manager's drag would.
 
 #include <QApplication>
+#include <QByteArray>
 #include <QDrag>
 #include <QFileInfo>
 #include <QLabel>
@@ -10,7 +11,15 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <cstdio>
+
 namespace {
+
+void report(const QByteArray& line)
+{
+    std::printf("%s\n", line.constData());
+    std::fflush(stdout);
+}
 
 class DragSource : public QLabel {
 public:
@@ -39,9 +48,14 @@ protected:
         // after the drop has been sent.
         auto* drag = new QDrag(this);
         drag->setMimeData(mime);
+        // What the tests wait for: the drag under way (the first turn of its own event loop, when
+        // the drag selection is ours), and a target taking it or letting it go.
+        QTimer::singleShot(0, drag, [] { report("drag started"); });
+        connect(drag, &QDrag::actionChanged, [](Qt::DropAction action) {
+            report(QByteArray("drag action ") + QByteArray::number(int(action)));
+        });
         const Qt::DropAction action = drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
-        std::printf("drop action %d\n", int(action));
-        std::fflush(stdout);
+        report(QByteArray("drop action ") + QByteArray::number(int(action)));
         QTimer::singleShot(5000, drag, &QObject::deleteLater);
     }
 

@@ -1,6 +1,7 @@
 // A stand-in file manager for the end-to-end tests: a window whose WM_CLASS names a real file
 // manager (this program is built as "nemo") and that answers Ctrl+C by copying the files named
-// on its command line, the way file managers put their selection on the clipboard.
+// on its command line, the way file managers put their selection on the clipboard. It asks for
+// the focus when it starts and says "focused" once it has it.
 
 #include <QApplication>
 #include <QClipboard>
@@ -9,6 +10,9 @@
 #include <QMimeData>
 #include <QShortcut>
 #include <QUrl>
+#include <QWindow>
+
+#include <cstdio>
 
 int main(int argc, char** argv)
 {
@@ -33,6 +37,13 @@ int main(int argc, char** argv)
         mime->setData(QStringLiteral("x-special/gnome-copied-files"), copied);
         QApplication::clipboard()->setMimeData(mime);
     });
+    QObject::connect(&application, &QGuiApplication::focusWindowChanged, [](QWindow* focused) {
+        if (focused) {
+            std::printf("focused\n");
+            std::fflush(stdout);
+        }
+    });
     window.show();
+    window.activateWindow();
     return QApplication::exec();
 }

@@ -1,0 +1,3 @@
+#include "TriggerLog.h"
+
+Q_LOGGING_CATEGORY(lcTriggers, "wendrel.triggers", QtInfoMsg)
