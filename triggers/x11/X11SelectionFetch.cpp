@@ -1,7 +1,6 @@
 #include "X11SelectionFetch.h"
 
 #include "X11Connection.h"
-#include "X11InputState.h"
 #include "triggers/FileLists.h"
 #include "triggers/FileManagers.h"
 #include "triggers/TriggerLog.h"
@@ -24,8 +23,22 @@ namespace {
 
 // From Ctrl+C going out: time for a busy file manager to copy and for us to read it.
 constexpr int clipboardTimeoutMilliseconds = 3000;
+// Until every key is up: a held modifier would turn Ctrl+C into another shortcut, and while the
+// shortcut's own key is down its grab sends every key to us instead of the file manager. A
+// busy machine can take a while to deliver the releases.
 constexpr int keysUpPollMilliseconds = 20;
-constexpr int keysUpAttempts = 50;
+constexpr int keysUpAttempts = 150;
+
+bool anyKeyDown(Display* display)
+{
+    char keys[32] = {};
+    XQueryKeymap(display, keys);
+    for (const char bits : keys) {
+        if (bits != 0)
+            return true;
+    }
+    return false;
+}
 
 std::unique_ptr<QMimeData> copyOf(const QMimeData& data)
 {
@@ -121,7 +134,7 @@ void X11SelectionFetch::fetch(std::function<void(const SelectionResult&)> done)
 
 void X11SelectionFetch::sendCopyOnceKeysAreUp(QObject* context, int attemptsLeft, std::function<void()> sent)
 {
-    if (queryPointerState(m_connection).modifiers != 0 && attemptsLeft > 0) {
+    if (anyKeyDown(m_connection.display()) && attemptsLeft > 0) {
         QTimer::singleShot(keysUpPollMilliseconds, context, [this, context, attemptsLeft, sent = std::move(sent)] {
             sendCopyOnceKeysAreUp(context, attemptsLeft - 1, sent);
         });
