@@ -5,7 +5,6 @@
 #include "ImageFormat.h"
 #include "ImageWriter.h"
 #include "PixelFunctions.h"
-#include "WritableFormatEntry.h"
 #include "pdf/ImagesToPdf.h"
 #include "operations/AtomicFile.h"
 #include "operations/FileNames.h"
@@ -117,9 +116,10 @@ void registerImageConversions(OperationCatalog& catalog)
                 return convertImage(path, context, target);
             },
             contentType(target.format));
-        EntryDescription entry = conversion.entry;
-        catalog.add(std::make_shared<const WritableFormatEntry>(std::move(entry), Op::make(std::move(conversion)),
-                                                                target.format));
+        // Probing the encoders starts libvips: only once a picture is in hand, so listing help
+        // or converting subtitles never does.
+        conversion.available = [format = target.format] { return canWrite(format); };
+        catalog.add(Op::make(std::move(conversion)));
     }
 
     catalog.add(Op::make(imageEntry({.id = "image.ico", .title = QStringLiteral("ICO"),

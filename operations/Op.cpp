@@ -7,14 +7,15 @@ Op::Op(Definition definition)
       m_excludesExactly(std::move(definition.excludesExactly)),
       m_perFile(std::move(definition.perFile)),
       m_combined(std::move(definition.combined)),
-      m_prompt(std::move(definition.prompt))
+      m_prompt(std::move(definition.prompt)),
+      m_available(std::move(definition.available))
 {
     Q_ASSERT_X(bool(m_perFile) != bool(m_combined), "Op", "an entry has exactly one body");
 }
 
 bool Op::accepts(const ContentType& type) const
 {
-    return matchesInputs(type) && !m_excludesExactly.contains(type);
+    return matchesInputs(type) && !m_excludesExactly.contains(type) && (!m_available || m_available());
 }
 
 OperationOutcome Op::run(const QStringList& paths, const OperationContext& context) const

@@ -25,6 +25,9 @@ public:
         PerFileBody perFile{};
         CombinedBody combined{};
         OperationPrompt prompt{};              // empty: runs without asking
+        // Whether this computer can do the work at all (an encoder it may lack); asked only
+        // once a fitting file is in hand, since finding out may be costly. Empty: always.
+        std::function<bool()> available{};
     };
 
     explicit Op(Definition definition);
@@ -52,6 +55,7 @@ private:
     PerFileBody m_perFile;
     CombinedBody m_combined;
     OperationPrompt m_prompt;
+    std::function<bool()> m_available;
 };
 
 }  // namespace wendrel

@@ -43,6 +43,8 @@ RingController::RingController(const OperationCatalog& catalog, JobRunner& runne
     m_view.setAttribute(Qt::WA_ShowWithoutActivating);
 
     m_hideTimer.setSingleShot(true);
+    // A coarse timer may fire 5 % early: a failure's 4 s would become 3.8.
+    m_hideTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_hideTimer, &QTimer::timeout, this, &RingController::hide);
     m_fade.setDuration(fadeMilliseconds);
     m_fade.setEndValue(0.0);
