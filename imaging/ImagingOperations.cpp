@@ -3,6 +3,7 @@
 #include "ImageConversions.h"
 #include "ImageTransforms.h"
 #include "compress/CompressImageOperation.h"
+#include "pdf/PdfOperations.h"
 
 namespace wendrel {
 
@@ -11,6 +12,7 @@ void registerImagingOperations(OperationCatalog& catalog)
     registerImageConversions(catalog);
     registerCompressImageOperation(catalog);
     registerImageTransforms(catalog);
+    registerPdfOperations(catalog);
 }
 
 }  // namespace wendrel
