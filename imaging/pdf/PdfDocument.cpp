@@ -29,6 +29,8 @@ std::unique_ptr<QPDF> open(const OpenFunction& process, const QString& descripti
             qCInfo(lcJobs) << "pdf has no pages:" << description;
             throw pdfCantOpen();
         }
+    } catch (const OperationError&) {
+        throw;
     } catch (const QPDFExc& error) {
         qCInfo(lcJobs) << "pdf does not open:" << description << error.what();
         if (error.getErrorCode() == qpdf_e_password)
