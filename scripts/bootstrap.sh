@@ -11,6 +11,9 @@ packages=(
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-qpa-plugins shared-mime-info
     # images, PDFs, vision
     libvips-dev libvips-tools libwebp-dev libqpdf-dev qpdf libpoppler-cpp-dev poppler-utils
+    # outline fonts that PDF page numbers and watermarks embed for Chinese, Japanese and Korean
+    # text and for emoji (DejaVu Sans, below, covers Latin, Greek and Cyrillic); both small
+    fonts-wqy-microhei fonts-symbola
     libzxing-dev libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libopencv-core-dev libopencv-imgproc-dev libopencv-objdetect-dev libopencv-dnn-dev opencv-data
     # audio and video

@@ -1,11 +1,13 @@
 #include "PdfOperations.h"
 
+#include "overlay/PdfOverlayOperations.h"
+
 namespace wendrel {
 
 void registerPdfOperations(OperationCatalog& catalog)
 {
     // Each feature registers its own entries; the ring's order list places them.
-    (void)catalog;
+    registerPdfOverlayOperations(catalog);
 }
 
 }  // namespace wendrel

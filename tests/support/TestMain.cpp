@@ -5,10 +5,14 @@
 #include <gtest/gtest.h>
 
 // Suites whose tests open windows need a QApplication (on the display run-with-xvfb.sh gives
-// them); the others make do with the core.
+// them); those that draw text a QGuiApplication without a display; the others make do with
+// the core.
 #ifdef WENDREL_WIDGET_TESTS
 #include <QApplication>
 using TestApplication = QApplication;
+#elif defined(WENDREL_FONT_TESTS)
+#include <QGuiApplication>
+using TestApplication = QGuiApplication;
 #else
 #include <QCoreApplication>
 using TestApplication = QCoreApplication;
@@ -19,6 +23,9 @@ using TestApplication = QCoreApplication;
 int main(int argc, char** argv)
 {
     wendrel::test::isolateEnvironment();
+#ifdef WENDREL_FONT_TESTS
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
     TestApplication application(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     const int status = RUN_ALL_TESTS();
