@@ -24,6 +24,9 @@ QSizeF wholePoints(const QSizeF& size)
     return {std::max(1.0, std::ceil(size.width())), std::max(1.0, std::ceil(size.height()))};
 }
 
+// Drawing takes about a third of the time the whole overlay takes, writing the result the rest.
+constexpr double drawingShare = 0.3;
+
 QPageLayout layoutFor(const QSizeF& size)
 {
     return QPageLayout(QPageSize(wholePoints(size), QPageSize::Point), QPageLayout::Portrait, QMarginsF());
@@ -52,9 +55,12 @@ void writeOverlayPdf(const QList<QSizeF>& pageSizes, const OverlayPainter& paint
         throw cantCreate();
     }
     for (qsizetype index = 0; index < pageSizes.size(); ++index) {
-        if (index % 64 == 0 && context.isCancelled()) {
-            painter.end();
-            context.throwIfCancelled();
+        if (index % 64 == 0) {
+            if (context.isCancelled()) {
+                painter.end();
+                context.throwIfCancelled();
+            }
+            context.progress(drawingShare * double(index) / double(pageSizes.size()));
         }
         const QSizeF size = pageSizes[index];
         if (index > 0) {

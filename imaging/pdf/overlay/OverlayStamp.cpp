@@ -39,6 +39,40 @@ QPDFObjectHandle ownXObjects(QPDFPageObjectHelper& page)
     return xobjects;
 }
 
+// Qt gives every page a resource dictionary of its own, yet names each font, colour space and
+// graphics state once for the whole document. When the pages' dictionaries agree name for
+// name, one dictionary holding all of them serves every form, and a document of thousands of
+// pages carries it once instead of once a page. Uninitialized when they don't agree.
+QPDFObjectHandle mergedResources(QPDF& overlay, std::vector<QPDFPageObjectHelper>& pages)
+{
+    QPDFObjectHandle merged = QPDFObjectHandle::newDictionary();
+    for (QPDFPageObjectHelper& page : pages) {
+        QPDFObjectHandle resources = page.getAttribute("/Resources", false);
+        if (!resources.isDictionary())
+            return {};
+        for (const std::string& category : resources.getKeys()) {
+            QPDFObjectHandle entries = resources.getKey(category);
+            if (!entries.isDictionary()) {
+                // /ProcSet and the like: the same everywhere or no sharing.
+                if (merged.hasKey(category) && merged.getKey(category).unparse() != entries.unparse())
+                    return {};
+                merged.replaceKey(category, entries);
+                continue;
+            }
+            if (!merged.hasKey(category))
+                merged.replaceKey(category, QPDFObjectHandle::newDictionary());
+            QPDFObjectHandle target = merged.getKey(category);
+            for (const std::string& name : entries.getKeys()) {
+                QPDFObjectHandle value = entries.getKey(name);
+                if (target.hasKey(name) && target.getKey(name).unparse() != value.unparse())
+                    return {};
+                target.replaceKey(name, value);
+            }
+        }
+    }
+    return overlay.makeIndirectObject(merged);
+}
+
 }  // namespace
 
 void stampOverlay(QPDF& document, QPDF& overlay, const std::vector<size_t>& overlayPageOf)
@@ -48,6 +82,7 @@ void stampOverlay(QPDF& document, QPDF& overlay, const std::vector<size_t>& over
     if (overlayPageOf.size() != pages.size())
         throw std::logic_error("one overlay page is needed per page");
 
+    const QPDFObjectHandle sharedResources = mergedResources(overlay, overlayPages);
     std::vector<QPDFObjectHandle> forms(overlayPages.size());
     // Whatever state the page's content leaves behind (a clip, a colour, a transformation) is
     // undone before the overlay draws: the page's content runs inside q … Q. The opening and
@@ -61,6 +96,8 @@ void stampOverlay(QPDF& document, QPDF& overlay, const std::vector<size_t>& over
         QPDFObjectHandle& form = forms.at(overlayIndex);
         if (!form.isInitialized()) {
             QPDFObjectHandle ownForm = overlayPages[overlayIndex].getFormXObjectForPage(false);
+            if (sharedResources.isInitialized())
+                ownForm.getDict().replaceKey("/Resources", sharedResources);
             form = document.copyForeignObject(ownForm);
         }
 

@@ -4,6 +4,7 @@
 #include "OverlayStamp.h"
 #include "OverlayTexts.h"
 #include "PageFrame.h"
+#include "TextMappingRepair.h"
 #include "WatermarkPrompt.h"
 #include "imaging/pdf/PdfDocument.h"
 #include "operations/FileNames.h"
@@ -11,6 +12,7 @@
 #include "operations/OperationCatalog.h"
 
 #include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/QPDFWriter.hh>
 
 #include <QFileInfo>
 #include <QMap>
@@ -94,13 +96,19 @@ OperationOutcome overlayEveryPage(const QString& path, const OperationContext& c
         std::unique_ptr<QPDF> overlay;
         try {
             overlay = openPdf(overlayPath);
+            mapTabGlyphsToSpaces(*overlay);
             stampOverlay(*document, *overlay, overlayPlan.overlayPageOf);
         } catch (const std::exception& error) {
             qCInfo(lcJobs) << "pdf overlay failed:" << path << error.what();
             throw cantCreate();
         }
         context.throwIfCancelled();
-        writePdf(*document, destination);
+        context.progress(0.4);
+        // The writer's percentage is the rest of the file's progress.
+        writePdf(*document, destination, {.configure = [&context](QPDFWriter& writer) {
+                     writer.registerProgressReporter(std::make_shared<QPDFWriter::FunctionProgressReporter>(
+                         [&context](int percentage) { context.progress(0.4 + 0.6 * percentage / 100.0); }));
+                 }});
         QFile::remove(overlayPath);
     });
 }
