@@ -17,7 +17,7 @@ printf '%s\n' '%PDF-1.4' \
     'BT /F1 72 Tf 0.8 0 0 rg 90 300 Td (CONFIDENTIAL) Tj ET' \
     'endstream endobj' \
     '5 0 obj << /Type /Font /Subtype /Type1 /BaseFont /Helvetica-Bold >> endobj' \
-    'trailer << /Root 1 0 R >>' '%%EOF' >"$overlay_work/stamp-raw.pdf"
+    'trailer << /Size 6 /Root 1 0 R >>' '%%EOF' >"$overlay_work/stamp-raw.pdf"
 qpdf "$overlay_work/stamp-raw.pdf" "$overlay_work/stamp.pdf" 2>/dev/null || [[ $? -eq 3 ]]
 
 bench_group "PDF overlays: every page of R-fullrefman.pdf ($overlay_pages pages)"
@@ -36,8 +36,9 @@ mkdir "$overlay_work/number" "$overlay_work/watermark"
 echo
 printf '%-34s %14s %14s\n' result "bytes added" "per page"
 source_size=$(stat -c %s "$overlay_source")
-for made in "qpdf --overlay:$overlay_work/qpdf.pdf" "pdf.number:$overlay_work/number/"*.pdf \
-            "pdf.watermark:$overlay_work/watermark/"*.pdf; do
+overlay_number=("$overlay_work/number/"*.pdf) overlay_watermark=("$overlay_work/watermark/"*.pdf)
+for made in "qpdf --overlay:$overlay_work/qpdf.pdf" "pdf.number:${overlay_number[0]}" \
+            "pdf.watermark:${overlay_watermark[0]}"; do
     awk -v name="${made%%:*}" -v size="$(stat -c %s "${made#*:}")" -v source="$source_size" -v pages="$overlay_pages" \
         'BEGIN { printf "%-34s %14d %14.0f\n", name, size - source, (size - source) / pages }'
 done
