@@ -1,5 +1,6 @@
 #include "PdfOperations.h"
 
+#include "compress/CompressPdfOperation.h"
 #include "overlay/PdfOverlayOperations.h"
 
 namespace wendrel {
@@ -7,6 +8,7 @@ namespace wendrel {
 void registerPdfOperations(OperationCatalog& catalog)
 {
     // Each feature registers its own entries; the ring's order list places them.
+    registerCompressPdfOperation(catalog);
     registerPdfOverlayOperations(catalog);
 }
 
