@@ -329,6 +329,9 @@ void PromptDialog::refresh()
         const QString caption = captionFor(field.field, value);
         field.caption->setText(caption);
         field.caption->setVisible(!caption.isEmpty());
+        // The form sizes a wrapped label by its one-line hint and would cut a caption of two
+        // lines in half: it asks for the lines it takes at its narrowest.
+        field.caption->setMinimumHeight(caption.isEmpty() ? 0 : field.caption->heightForWidth(captionWidth));
         if (field.field.kind == PromptField::Kind::slider)
             field.label->setText(sliderLabel(field.field, value.toDouble()));
         if (shown && !checkFieldValue(field.field, value))
