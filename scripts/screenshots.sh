@@ -31,7 +31,7 @@ PY
 for appearance in light dark; do
     WENDREL_E2E_APPEARANCE=$appearance python3 tests/e2e/ring_e2e.py build/app/wendrel "$work/$appearance" "$work/wallpaper.png"
     mkdir -p "$out"
-    for shot in ring-convert ring-hover ring-result ring-failure ring-nothing-fits ring-compress-sheet; do
+    for shot in ring-convert ring-hover ring-result ring-failure ring-nothing-fits ring-compress-sheet ring-pdf-compress-sheet; do
         cp "$work/$appearance/$shot.png" "$out/$shot-$appearance.png"
     done
     # The tray menu: the top-right corner of the screen.

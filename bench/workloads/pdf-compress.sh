@@ -33,7 +33,7 @@ for pdf_source in "$pdf_pictures" "$pdf_text"; do
     bench_end
 
     rm -rf "$pdf_work/out" && mkdir -p "$pdf_work/out"
-    "$WENDREL" run pdf.compress --mode quality --quality balanced --rasterize no --to "$pdf_work/out" "$pdf_source" >/dev/null
+    "$WENDREL" run pdf.compress --mode quality --quality balanced --rasterize no --to "$pdf_work/out" "$pdf_source" >/dev/null 2>&1
     gs -q -dNOPAUSE -dBATCH -dSAFER -sDEVICE=pdfwrite -dPDFSETTINGS=/ebook -sOutputFile="$pdf_work/out/ebook.pdf" "$pdf_source"
     gs -q -dNOPAUSE -dBATCH -dSAFER -sDEVICE=pdfwrite -dPDFSETTINGS=/screen -sOutputFile="$pdf_work/out/screen.pdf" "$pdf_source"
     echo

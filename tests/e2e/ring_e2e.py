@@ -6,6 +6,7 @@ hiding after its delay, and the job announced on the session bus.
 Usage: ring_e2e.py WENDREL_BINARY [SCREENSHOT_FOLDER [WALLPAPER]]"""
 
 import configparser
+import json
 import math
 import os
 import struct
@@ -35,6 +36,25 @@ def write_png(path, width, height):
     png += chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
     with open(path, "wb") as file:
         file.write(png)
+
+
+def write_pdf(path):
+    """A one-page PDF with a line of text, written without any PDF library."""
+    content = b"BT /F1 24 Tf 72 700 Td (Quarterly report) Tj ET"
+    objects = [b"<< /Type /Catalog /Pages 2 0 R >>", b"<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+               b"<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 4 0 R"
+               b" /Resources << /Font << /F1 << /Type /Font /Subtype /Type1 /BaseFont /Helvetica >> >> >> >>",
+               b"<< /Length %d >>\nstream\n%s\nendstream" % (len(content), content)]
+    pdf, offsets = b"%PDF-1.4\n", []
+    for number, body in enumerate(objects, 1):
+        offsets.append(len(pdf))
+        pdf += b"%d 0 obj\n%s\nendobj\n" % (number, body)
+    table = len(pdf)
+    pdf += b"xref\n0 %d\n0000000000 65535 f \n" % (len(objects) + 1)
+    pdf += b"".join(b"%010d 00000 n \n" % offset for offset in offsets)
+    pdf += b"trailer\n<< /Size %d /Root 1 0 R >>\nstartxref\n%d\n%%%%EOF\n" % (len(objects) + 1, table)
+    with open(path, "wb") as file:
+        file.write(pdf)
 
 
 def segment_point(desktop, window, index, count):
@@ -169,6 +189,24 @@ def main():
                 compressed = os.path.join(desktop.home, "Holiday Compressed.jpg")
                 check(wait_for(lambda: os.path.exists(compressed)), "confirming writes Holiday Compressed.jpg")
             check(wait_for(lambda: not desktop.visible_window(RING)), "and the ring goes after the result")
+
+        # PDFs have a Compress of their own, which asks too; cancelling its sheet runs nothing.
+        document = os.path.join(desktop.home, "Report.pdf")
+        write_pdf(document)
+        tools = [entry["id"] for entry in json.loads(desktop.run([wendrel, "ops", "--json", document]).stdout)["tools"]]
+        window = open_ring(desktop, wendrel, "tools", document)
+        if check(window and "pdf.compress" in tools, "the tools ring opens for the PDF, with Compress"):
+            click_segment(desktop, window, tools.index("pdf.compress"), len(tools))
+            sheet = wait_for(lambda: desktop.visible_window("Compress"))
+            if check(sheet, "the PDF Compress asks first"):
+                if shots:
+                    desktop.screenshot(os.path.join(shots, "ring-pdf-compress-sheet.png"))
+                check(press_in(desktop, sheet, "Escape"), "the sheet takes the keys")
+                check(wait_for(lambda: not desktop.visible_window("Compress")), "Escape cancels the sheet")
+            check(wait_for(lambda: not desktop.visible_window(RING)) or press_in(desktop, window, "Escape"),
+                  "the ring goes with the sheet, or at Escape")
+            check(wait_for(lambda: not desktop.visible_window(RING)), "the ring is gone")
+            check(not os.path.exists(os.path.join(desktop.home, "Report Compressed.pdf")), "cancelling ran nothing")
 
         # Nothing fits: the tools ring for a plain text file; Escape closes it.
         notes = os.path.join(desktop.home, "notes.txt")
