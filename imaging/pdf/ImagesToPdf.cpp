@@ -116,7 +116,15 @@ QPDFObjectHandle pictureObject(QPDF& pdf, const PdfPicture& picture)
     return stream;
 }
 
-QPDFObjectHandle pageFor(QPDF& pdf, const PdfPicture& picture)
+}  // namespace
+
+QSizeF pdfPageSize(QSize pixels)
+{
+    const double scale = std::min(1.0, largestPageSide / std::max(pixels.width(), pixels.height()));
+    return {scale * pixels.width(), scale * pixels.height()};
+}
+
+QPDFObjectHandle addPicturePage(QPDF& pdf, const PdfPicture& picture)
 {
     const QSizeF pageSize = pdfPageSize(picture.pixels);
     const std::string width = QByteArray::number(pageSize.width(), 'f', 4).toStdString();
@@ -138,15 +146,9 @@ QPDFObjectHandle pageFor(QPDF& pdf, const PdfPicture& picture)
                                      QPDFObjectHandle::newReal(width), QPDFObjectHandle::newReal(height)}));
     page.replaceKey("/Resources", resources);
     page.replaceKey("/Contents", contents);
-    return pdf.makeIndirectObject(page);
-}
-
-}  // namespace
-
-QSizeF pdfPageSize(QSize pixels)
-{
-    const double scale = std::min(1.0, largestPageSide / std::max(pixels.width(), pixels.height()));
-    return {scale * pixels.width(), scale * pixels.height()};
+    QPDFPageObjectHelper added(pdf.makeIndirectObject(page));
+    QPDFPageDocumentHelper(pdf).addPage(added, false);
+    return added.getObjectHandle();
 }
 
 PdfPicture pdfPictureFromFile(const QString& path, const OperationContext& context)
@@ -194,9 +196,8 @@ void writePicturesPdf(const QList<PdfPicture>& pictures, const QString& path)
     try {
         QPDF pdf;
         pdf.emptyPDF();
-        QPDFPageDocumentHelper pages(pdf);
         for (const PdfPicture& picture : pictures)
-            pages.addPage(pageFor(pdf, picture), false);
+            addPicturePage(pdf, picture);
         // The writer keeps the file name's pointer until write(): the bytes must outlive it.
         const QByteArray fileName = QFile::encodeName(path);
         QPDFWriter writer(pdf, fileName.constData());

@@ -6,6 +6,8 @@
 #include <QSizeF>
 #include <QString>
 
+#include <qpdf/QPDF.hh>
+
 namespace wendrel {
 
 class OperationContext;
@@ -26,6 +28,10 @@ QSizeF pdfPageSize(QSize pixels);
 // and no colour conversion goes in as it is, without re-encoding; other photos as JPEG;
 // graphics and anything transparent losslessly. Throws OperationError "Can't read this image".
 PdfPicture pdfPictureFromFile(const QString& path, const OperationContext& context);
+
+// Appends a page for `picture` to `pdf`: the page has pdfPageSize, the picture fills it.
+// Returns the new page.
+QPDFObjectHandle addPicturePage(QPDF& pdf, const PdfPicture& picture);
 
 // Writes one PDF with a page per picture, in order. Throws "Couldn't create the PDF".
 void writePicturesPdf(const QList<PdfPicture>& pictures, const QString& path);
