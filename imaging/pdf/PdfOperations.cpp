@@ -1,5 +1,6 @@
 #include "PdfOperations.h"
 
+#include "PdfMerge.h"
 #include "compress/CompressPdfOperation.h"
 #include "overlay/PdfOverlayOperations.h"
 
@@ -8,6 +9,7 @@ namespace wendrel {
 void registerPdfOperations(OperationCatalog& catalog)
 {
     // Each feature registers its own entries; the ring's order list places them.
+    registerPdfMerge(catalog);
     registerCompressPdfOperation(catalog);
     registerPdfOverlayOperations(catalog);
 }

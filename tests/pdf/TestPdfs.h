@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QList>
+#include <QSizeF>
 #include <QString>
 #include <QStringList>
 
 #include <optional>
+#include <vector>
 
 namespace wendrel::test {
 
@@ -17,9 +19,31 @@ struct TestPage {
     QString text{};  // empty: "Page N"
 };
 
+// Where a bookmark or a link goes: a page by its index, or a name of the /Names /Dests tree.
+struct TestTarget {
+    int page = 0;
+    QString name{};  // when given, the destination is this name instead
+};
+
+struct TestBookmark {
+    QString title;
+    TestTarget target{};
+    std::vector<TestBookmark> children{};
+    bool open = true;
+};
+
+struct TestLink {
+    int fromPage = 0;
+    TestTarget target{};
+};
+
 struct TestPdf {
     QList<TestPage> pages{TestPage{}};
     QStringList outlineTitles{};  // a bookmark per title, to pages 1, 2, 3… in turn
+    std::vector<TestBookmark> bookmarks{};  // an outline of its own, when given
+    QList<TestLink> links{};
+    QList<std::pair<QString, int>> namedDestinations{};  // name, page index
+    QString pageLabels{};  // the content of /PageLabels /Nums, "0 << /S /r >> 2 << /S /D >>"
     std::optional<QString> userPassword{};  // encrypted with AES-256 when given
 };
 
@@ -34,5 +58,14 @@ TestPdf pagesOfText(int count);
 bool qpdfCheckPasses(const QString& path, const QString& password = {});
 QString pdfToText(const QString& path, const QString& password = {});
 int pdfPageCount(const QString& path);
+QList<QSizeF> pdfPageSizes(const QString& path);
+
+// The outline as qpdf reads it, one line: "title:page" per bookmark (the page it goes to,
+// from 1), its children after it in [ ] when it is open, in { } when it is closed.
+// "Guide:1[Intro:1, Part:2{Details:3}], Photo:4".
+QString pdfOutline(const QString& path);
+
+// Each page's label as qpdf reads it: style, prefix and number, "r1", "A-3"; "-" when none.
+QStringList pdfPageLabels(const QString& path);
 
 }  // namespace wendrel::test

@@ -1,0 +1,218 @@
+#include "imaging/VipsRuntime.h"
+#include "imaging/pdf/PdfOperations.h"
+
+#include "TestPdfs.h"
+#include "operations/JobRunner.h"
+#include "operations/OperationCatalog.h"
+#include "support/JobHarness.h"
+#include "support/TestEnvironment.h"
+
+#include <QTemporaryDir>
+
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFOutlineDocumentHelper.hh>
+#include <vips/vips8>
+
+#include <gtest/gtest.h>
+
+using namespace wendrel;
+using namespace wendrel::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class PdfMergeTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        startVips();
+        registerPdfOperations(catalog);
+    }
+
+    void TearDown() override { EXPECT_TRUE(leftoverScratchFolders().isEmpty()); }
+
+    QString path(const QString& name) const { return folder.filePath(name); }
+    QString pdf(const char* name, const TestPdf& spec) { return writeTestPdf(path(QString::fromUtf8(name)), spec); }
+    QString picture(const char* name, int width, int height)
+    {
+        vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3))
+            .write_to_file(path(QString::fromUtf8(name)).toUtf8().constData());
+        return path(QString::fromUtf8(name));
+    }
+
+    JobReport merge(const QStringList& files) { return runJob(runner, catalog.find(QStringLiteral("pdf.merge")), files); }
+
+    // The merged file of a merge that must succeed, checked whole by qpdf.
+    QString merged(const QStringList& files)
+    {
+        const JobReport report = merge(files);
+        EXPECT_TRUE(report.succeeded) << report.message.toStdString();
+        EXPECT_EQ(report.results.size(), 1);
+        EXPECT_TRUE(qpdfCheckPasses(report.results.value(0)));
+        return report.results.value(0);
+    }
+
+    QTemporaryDir folder;
+    OperationCatalog catalog;
+    JobRunner runner;
+};
+
+TestPdf textPages(const QStringList& texts)
+{
+    TestPdf spec;
+    spec.pages.clear();
+    for (const QString& text : texts)
+        spec.pages.append(TestPage{.text = text});
+    return spec;
+}
+
+QStringList pageTexts(const QString& file)
+{
+    QStringList pages = pdfToText(file).split(u'\f');
+    pages.removeLast();  // after the last page's form feed
+    for (QString& page : pages)
+        page = page.trimmed();
+    return pages;
+}
+
+TEST_F(PdfMergeTest, JoinsPagesAndPicturesInDropOrder)
+{
+    const QString alpha = pdf("Alpha.pdf", textPages({QStringLiteral("Alpha one"), QStringLiteral("Alpha two")}));
+    const QString beta = pdf("Beta.pdf", textPages({QStringLiteral("Beta")}));
+    const QString photo = picture("Photo.jpg", 4000, 3000);
+    const QString small = picture("Small.png", 300, 200);
+    const QSizeF letter(612, 792);
+
+    const struct {
+        QStringList files;
+        QString name;
+        QStringList texts;
+        QList<QSizeF> sizes;
+    } cases[] = {
+        {{alpha, photo}, QStringLiteral("Alpha Merged.pdf"), {u"Alpha one"_s, u"Alpha two"_s, {}},
+         {letter, letter, QSizeF(1190, 892.5)}},
+        {{beta, small, alpha}, QStringLiteral("Beta Merged.pdf"), {u"Beta"_s, {}, u"Alpha one"_s, u"Alpha two"_s},
+         {letter, QSizeF(300, 200), letter, letter}},
+    };
+    for (const auto& testCase : cases) {
+        const QString result = merged(testCase.files);
+        EXPECT_EQ(result, path(testCase.name));
+        EXPECT_EQ(pageTexts(result), testCase.texts) << testCase.name.toStdString();
+        EXPECT_EQ(pdfPageSizes(result), testCase.sizes) << testCase.name.toStdString();
+    }
+}
+
+TEST_F(PdfMergeTest, RefusesWhatItCannotMergeAndWritesNothing)
+{
+    const QString alpha = pdf("Alpha.pdf", pagesOfText(2));
+    const QString locked = pdf("Locked.pdf", {.userPassword = QStringLiteral("secret")});
+    writeFile(path(QStringLiteral("Torn.pdf")), readFile(alpha).left(60));
+    writeFile(path(QStringLiteral("Torn.png")), "not a picture");
+    const QStringList before = folderEntries(folder.path());
+
+    const struct {
+        QStringList files;
+        QString message;
+    } cases[] = {
+        {{alpha}, QStringLiteral("Drop two or more files to merge")},
+        {{alpha, locked, alpha}, QStringLiteral("This PDF is password-protected")},
+        {{alpha, path(QStringLiteral("Torn.pdf"))}, QStringLiteral("Can't open this PDF")},
+        {{alpha, path(QStringLiteral("Torn.png"))}, QStringLiteral("Can't read this image")},
+    };
+    for (const auto& testCase : cases) {
+        const JobReport report = merge(testCase.files);
+        EXPECT_FALSE(report.succeeded);
+        EXPECT_EQ(report.message, testCase.message);
+    }
+    EXPECT_EQ(folderEntries(folder.path()), before);
+}
+
+TEST_F(PdfMergeTest, EachSourceBookmarksGoUnderAnEntryNamedAfterIt)
+{
+    TestPdf guide = pagesOfText(3);
+    guide.bookmarks = {
+        {.title = QStringLiteral("Intro"), .target = {0}},
+        {.title = QStringLiteral("Part"), .target = {1}, .children = {{.title = QStringLiteral("Détails 日本"), .target = {2}}}},
+        {.title = QStringLiteral("Appendix"), .target = {2}, .children = {{.title = QStringLiteral("Table"), .target = {1}}},
+         .open = false},
+    };
+    const QString guideFile = pdf("Guide.pdf", guide);
+    const QString plain = pdf("Plain.pdf", pagesOfText(1));
+    const QString photo = picture("Photo.png", 40, 30);
+
+    const QString result = merged({plain, guideFile, photo, guideFile});
+    EXPECT_EQ(pdfOutline(result), u"Plain:1, "
+                                  u"Guide:2[Intro:2, Part:3[Détails 日本:4], Appendix:4{Table:3}], "
+                                  u"Photo:5, "
+                                  u"Guide:6[Intro:6, Part:7[Détails 日本:8], Appendix:8{Table:7}]"_s);
+    // Every item shows but what each closed Appendix holds: 1 + 5 + 1 + 5.
+    QPDF merged;
+    merged.processFile(result.toUtf8().constData());
+    EXPECT_EQ(merged.getRoot().getKey("/Outlines").getKey("/Count").getIntValue(), 12);
+}
+
+// The page, from 0, a link annotation or bookmark goes to.
+int targetPage(QPDF& pdf, QPDFObjectHandle holder)
+{
+    QPDFObjectHandle destination = holder.getKey("/Dest");
+    if (destination.isName() || destination.isString())
+        destination = QPDFOutlineDocumentHelper(pdf).resolveNamedDest(destination);
+    if (destination.isDictionary())
+        destination = destination.getKey("/D");
+    const std::vector<QPDFObjectHandle>& pages = pdf.getAllPages();
+    for (size_t i = 0; destination.isArray() && i < pages.size(); ++i) {
+        if (pages[i].getObjGen() == destination.getArrayItem(0).getObjGen())
+            return int(i);
+    }
+    return -1;
+}
+
+TEST_F(PdfMergeTest, LinksAndNamedDestinationsStillGoToTheirPages)
+{
+    TestPdf one = pagesOfText(3);
+    one.namedDestinations = {{QStringLiteral("intro"), 2}};
+    one.links = {{.fromPage = 0, .target = {2}}, {.fromPage = 1, .target = {.name = QStringLiteral("intro")}}};
+    one.bookmarks = {{.title = QStringLiteral("By name"), .target = {.name = QStringLiteral("intro")}}};
+    TestPdf two = pagesOfText(2);
+    two.namedDestinations = {{QStringLiteral("intro"), 1}, {QStringLiteral("intro-2"), 0}};
+    two.links = {{.fromPage = 0, .target = {.name = QStringLiteral("intro")}},
+                 {.fromPage = 1, .target = {.name = QStringLiteral("intro-2")}}};
+    two.bookmarks = {{.title = QStringLiteral("By name"), .target = {.name = QStringLiteral("intro")}}};
+
+    const QString result = merged({pdf("One.pdf", one), pdf("Two.pdf", two)});
+    QPDF merged;
+    merged.processFile(result.toUtf8().constData());
+    const struct {
+        int fromPage;
+        int toPage;
+    } links[] = {{0, 2}, {1, 2}, {3, 4}, {4, 3}};
+    for (const auto& link : links) {
+        QPDFObjectHandle page = merged.getAllPages().at(size_t(link.fromPage));
+        QPDFObjectHandle annotations = page.getKey("/Annots");
+        ASSERT_TRUE(annotations.isArray()) << link.fromPage;
+        EXPECT_EQ(targetPage(merged, annotations.getArrayItem(0)), link.toPage) << "link on page " << link.fromPage;
+    }
+    EXPECT_EQ(pdfOutline(result), u"One:1[By name:3], Two:4[By name:5]"_s);
+}
+
+TEST_F(PdfMergeTest, PageLabelsMoveWithTheirPages)
+{
+    TestPdf book = pagesOfText(4);
+    book.pageLabels = QStringLiteral("0 << /S /r >> 2 << /S /D /P (A-) >>");
+    const QString bookFile = pdf("Book.pdf", book);
+    const QString plain = pdf("Plain.pdf", pagesOfText(1));
+    const QString photo = picture("Photo.png", 40, 30);
+
+    const struct {
+        QStringList files;
+        QString labels;
+    } cases[] = {
+        {{plain, bookFile, photo, plain}, u"D1 r1 r2 DA-1 DA-2 D6 D7"_s},
+        {{bookFile, bookFile}, u"r1 r2 DA-1 DA-2 r1 r2 DA-1 DA-2"_s},
+        {{plain, photo}, u"- -"_s},  // no source has labels: none are made up
+    };
+    for (const auto& testCase : cases)
+        EXPECT_EQ(pdfPageLabels(merged(testCase.files)).join(u' '), testCase.labels) << testCase.labels.toStdString();
+}
+
+}  // namespace
