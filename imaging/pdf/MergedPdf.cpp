@@ -77,7 +77,9 @@ void MergedPdf::write(const QString& path)
     m_outline.install(m_pdf);
     m_destinations.install(m_pdf);
     m_labels.install(m_pdf);
-    writePdf(m_pdf, path);
+    // Object streams pack the many small objects of links, bookmarks and destinations: a
+    // long manual's merge comes out a quarter smaller for a fifth more time.
+    writePdf(m_pdf, path, {.objectStreams = PdfWriteOptions::ObjectStreams::generate});
 }
 
 }  // namespace wendrel
