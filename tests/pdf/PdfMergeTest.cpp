@@ -11,6 +11,7 @@
 
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFOutlineDocumentHelper.hh>
+#include <qpdf/QPDFWriter.hh>
 #include <vips/vips8>
 
 #include <gtest/gtest.h>
@@ -193,6 +194,41 @@ TEST_F(PdfMergeTest, LinksAndNamedDestinationsStillGoToTheirPages)
         EXPECT_EQ(targetPage(merged, annotations.getArrayItem(0)), link.toPage) << "link on page " << link.fromPage;
     }
     EXPECT_EQ(pdfOutline(result), u"One:1[By name:3], Two:4[By name:5]"_s);
+}
+
+// Loops a damaged or hostile file may hold, where each would send a naive reader round forever.
+TEST_F(PdfMergeTest, LoopsInBookmarksNamesAndActionsEndTheReadingNotTheMerge)
+{
+    TestPdf spec = pagesOfText(2);
+    spec.bookmarks = {{.title = QStringLiteral("A"), .target = {0}}, {.title = QStringLiteral("B"), .target = {1}}};
+    spec.namedDestinations = {{QStringLiteral("x"), 1}};
+    spec.links = {{.fromPage = 0, .target = {.name = QStringLiteral("x")}}};
+    const QString written = pdf("Written.pdf", spec);
+
+    QPDF looped;
+    looped.processFile(written.toUtf8().constData());
+    QPDFObjectHandle first = looped.getRoot().getKey("/Outlines").getKey("/First");
+    first.replaceKey("/First", first);                       // A is its own child
+    first.getKey("/Next").replaceKey("/Next", first);        // B is followed by A again
+    QPDFObjectHandle tree = looped.getRoot().getKey("/Names").getKey("/Dests");
+    tree.replaceKey("/Kids", QPDFObjectHandle::newArray(std::vector<QPDFObjectHandle>{tree}));  // its own kid
+    QPDFObjectHandle page = looped.getAllPages().front();
+    QPDFObjectHandle link = page.getKey("/Annots").getArrayItem(0);
+    QPDFObjectHandle action = looped.makeIndirectObject(QPDFObjectHandle::parse("<< /S /GoTo /D (x) >>"));
+    action.replaceKey("/Next", action);                      // an action that follows itself
+    link.removeKey("/Dest");
+    link.replaceKey("/A", action);
+    const QByteArray loopedPath = path(QStringLiteral("Loops.pdf")).toUtf8();
+    QPDFWriter writer(looped, loopedPath.constData());
+    writer.write();
+
+    // Twice, so the second copy's names collide and its actions are rewritten.
+    const QString result = merged({path(QStringLiteral("Loops.pdf")), path(QStringLiteral("Loops.pdf"))});
+    EXPECT_EQ(pdfOutline(result), u"Loops:1[A:1, B:2], Loops:3[A:3, B:4]"_s);
+    QPDF merged;
+    merged.processFile(result.toUtf8().constData());
+    QPDFObjectHandle secondPage = merged.getAllPages().at(2);
+    EXPECT_EQ(secondPage.getKey("/Annots").getArrayItem(0).getKey("/A").getKey("/D").getUTF8Value(), "x-2");
 }
 
 TEST_F(PdfMergeTest, PageLabelsMoveWithTheirPages)
