@@ -72,14 +72,18 @@ void MergedPdf::appendPicture(const PdfPicture& picture, const QString& title)
     m_labels.addSource(m_pdf, nullptr, 1);
 }
 
-void MergedPdf::write(const QString& path)
+void MergedPdf::write(const QString& path, const std::function<void(double)>& progress)
 {
     m_outline.install(m_pdf);
     m_destinations.install(m_pdf);
     m_labels.install(m_pdf);
     // Object streams pack the many small objects of links, bookmarks and destinations: a
     // long manual's merge comes out a quarter smaller for a fifth more time.
-    writePdf(m_pdf, path, {.objectStreams = PdfWriteOptions::ObjectStreams::generate});
+    writePdf(m_pdf, path,
+             {.objectStreams = PdfWriteOptions::ObjectStreams::generate, .configure = [&progress](QPDFWriter& writer) {
+                  writer.registerProgressReporter(std::make_shared<QPDFWriter::FunctionProgressReporter>(
+                      [&progress](int percentage) { progress(percentage / 100.0); }));
+              }});
 }
 
 }  // namespace wendrel

@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -30,8 +31,9 @@ public:
     // Appends a page showing `picture`.
     void appendPicture(const PdfPicture& picture, const QString& title);
 
-    // Writes the document. Throws "Couldn't save the PDF".
-    void write(const QString& path);
+    // Writes the document, reporting the writer's progress from 0 to 1. Throws "Couldn't save
+    // the PDF".
+    void write(const QString& path, const std::function<void(double)>& progress);
 
 private:
     std::vector<QPDFObjectHandle> copyPages(QPDF& source);

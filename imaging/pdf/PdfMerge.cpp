@@ -12,6 +12,10 @@ namespace wendrel {
 
 namespace {
 
+// Reading the sources is about half the work, writing the rest: a long manual's streams are
+// read and copied only then.
+constexpr double readingShare = 0.5;
+
 // A source's entry in the outline: its file name without the extension.
 QString sourceTitle(const QString& path) { return splitExtension(lastPathComponent(path)).base; }
 
@@ -30,10 +34,14 @@ OperationOutcome mergeFiles(const QStringList& paths, const OperationContext& co
             merged.appendDocument(openPdf(path), sourceTitle(path));
         else
             merged.appendPicture(pdfPictureFromFile(path, context), sourceTitle(path));
-        context.progress(double(index + 1) / double(paths.size() + 1));
+        context.progress(readingShare * double(index + 1) / double(paths.size()));
     }
     const QString name = outputName(paths.first(), pdfText("Merged"), QStringLiteral("pdf"));
-    return context.produce(paths.first(), name, [&](const QString& destination) { merged.write(destination); });
+    return context.produce(paths.first(), name, [&](const QString& destination) {
+        merged.write(destination, [&context](double written) {
+            context.progress(readingShare + (1 - readingShare) * written);
+        });
+    });
 }
 
 // What the entry refuses: the types the image entries refuse, but for PDF, which it takes as
