@@ -33,7 +33,7 @@ protected:
     void TearDown() override { EXPECT_TRUE(leftoverScratchFolders().isEmpty()); }
 
     QString path(const QString& name) const { return folder.filePath(name); }
-    QString pdf(const char* name, const TestPdf& spec) { return writeTestPdf(path(QString::fromUtf8(name)), spec); }
+    QString pdf(const char* name, const TestPdf& document) { return writeTestPdf(path(QString::fromUtf8(name)), document); }
     QString picture(const char* name, int width, int height)
     {
         vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3))
@@ -60,11 +60,11 @@ protected:
 
 TestPdf textPages(const QStringList& texts)
 {
-    TestPdf spec;
-    spec.pages.clear();
+    TestPdf document;
+    document.pages.clear();
     for (const QString& text : texts)
-        spec.pages.append(TestPage{.text = text});
-    return spec;
+        document.pages.append(TestPage{.text = text});
+    return document;
 }
 
 QStringList pageTexts(const QString& file)
@@ -199,11 +199,11 @@ TEST_F(PdfMergeTest, LinksAndNamedDestinationsStillGoToTheirPages)
 // Loops a damaged or hostile file may hold, where each would send a naive reader round forever.
 TEST_F(PdfMergeTest, LoopsInBookmarksNamesAndActionsEndTheReadingNotTheMerge)
 {
-    TestPdf spec = pagesOfText(2);
-    spec.bookmarks = {{.title = QStringLiteral("A"), .target = {0}}, {.title = QStringLiteral("B"), .target = {1}}};
-    spec.namedDestinations = {{QStringLiteral("x"), 1}};
-    spec.links = {{.fromPage = 0, .target = {.name = QStringLiteral("x")}}};
-    const QString written = pdf("Written.pdf", spec);
+    TestPdf document = pagesOfText(2);
+    document.bookmarks = {{.title = QStringLiteral("A"), .target = {0}}, {.title = QStringLiteral("B"), .target = {1}}};
+    document.namedDestinations = {{QStringLiteral("x"), 1}};
+    document.links = {{.fromPage = 0, .target = {.name = QStringLiteral("x")}}};
+    const QString written = pdf("Written.pdf", document);
 
     QPDF looped;
     looped.processFile(written.toUtf8().constData());

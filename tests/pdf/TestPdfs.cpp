@@ -100,16 +100,16 @@ int addBookmarks(QPDF& pdf, QPDFObjectHandle parent, const std::vector<TestBookm
     return shown;
 }
 
-void addNavigation(QPDF& pdf, const TestPdf& spec)
+void addNavigation(QPDF& pdf, const TestPdf& document)
 {
-    if (!spec.bookmarks.empty()) {
+    if (!document.bookmarks.empty()) {
         QPDFObjectHandle outlines = pdf.makeIndirectObject(QPDFObjectHandle::parse("<< /Type /Outlines >>"));
-        outlines.replaceKey("/Count", QPDFObjectHandle::newInteger(addBookmarks(pdf, outlines, spec.bookmarks)));
+        outlines.replaceKey("/Count", QPDFObjectHandle::newInteger(addBookmarks(pdf, outlines, document.bookmarks)));
         pdf.getRoot().replaceKey("/Outlines", outlines);
     }
-    if (!spec.namedDestinations.isEmpty()) {
+    if (!document.namedDestinations.isEmpty()) {
         QPDFObjectHandle names = QPDFObjectHandle::newArray();  // in byte order, as the tests give them
-        for (const auto& [name, page] : spec.namedDestinations) {
+        for (const auto& [name, page] : document.namedDestinations) {
             names.appendItem(QPDFObjectHandle::newString(name.toStdString()));
             names.appendItem(destination(pdf, {page}));
         }
@@ -118,7 +118,7 @@ void addNavigation(QPDF& pdf, const TestPdf& spec)
         pdf.getRoot().replaceKey("/Names", QPDFObjectHandle::parse("<< >>"));
         pdf.getRoot().getKey("/Names").replaceKey("/Dests", pdf.makeIndirectObject(tree));
     }
-    for (const TestLink& link : spec.links) {
+    for (const TestLink& link : document.links) {
         QPDFObjectHandle annotation = pdf.makeIndirectObject(
             QPDFObjectHandle::parse("<< /Type /Annot /Subtype /Link /Rect [72 72 300 100] /Border [0 0 0] >>"));
         annotation.replaceKey("/Dest", destination(pdf, link.target));
@@ -127,8 +127,8 @@ void addNavigation(QPDF& pdf, const TestPdf& spec)
             page.replaceKey("/Annots", QPDFObjectHandle::newArray());
         page.getKey("/Annots").appendItem(annotation);
     }
-    if (!spec.pageLabels.isEmpty())
-        pdf.getRoot().replaceKey("/PageLabels", QPDFObjectHandle::parse("<< /Nums [" + spec.pageLabels.toStdString() + "] >>"));
+    if (!document.pageLabels.isEmpty())
+        pdf.getRoot().replaceKey("/PageLabels", QPDFObjectHandle::parse("<< /Nums [" + document.pageLabels.toStdString() + "] >>"));
 }
 
 QString runTool(const QString& program, const QStringList& arguments, bool* succeeded = nullptr)
