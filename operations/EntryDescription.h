@@ -19,6 +19,9 @@ struct EntryDescription {
     QList<ContentType> inputs;    // a file fits if its type conforms to one of these
     QList<ContentType> excludes;  // ...and conforms to none of these
     QString description;          // one line of help
+    // Lays out text with the desktop's fonts (page numbers, watermarks): its runs need Qt's
+    // GUI layer, which the command line otherwise doesn't pay for.
+    bool drawsText = false;
 };
 
 }  // namespace wendrel

@@ -38,6 +38,7 @@ public:
     const QString& symbol() const { return m_entry.symbol; }  // the icon's design name
     const QString& description() const { return m_entry.description; }  // one line of help
     RingKind ring() const { return m_entry.ring; }
+    bool drawsText() const { return m_entry.drawsText; }
     const QList<ContentType>& inputs() const { return m_entry.inputs; }
     const QList<ContentType>& excludes() const { return m_entry.excludes; }
 

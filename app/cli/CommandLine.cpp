@@ -5,7 +5,6 @@
 #include "IntegrateCommand.h"
 #include "OpsCommand.h"
 #include "RunCommand.h"
-#include "app/AllOperations.h"
 #include "operations/OperationCatalog.h"
 
 #include <QCommandLineParser>
@@ -14,6 +13,7 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <variant>
 
 namespace wendrel {
@@ -92,7 +92,17 @@ std::variant<QStringList, QString> resolveFiles(const QStringList& arguments)
 
 }  // namespace
 
-int runCommandLine(const QStringList& arguments)
+bool mayRunTextDrawingEntry(const QStringList& arguments, const OperationCatalog& catalog)
+{
+    if (!arguments.contains(u"run"))
+        return false;
+    return std::any_of(arguments.begin(), arguments.end(), [&](const QString& argument) {
+        const FileOperationPtr entry = catalog.find(argument);
+        return entry && entry->drawsText();
+    });
+}
+
+int runCommandLine(const QStringList& arguments, const OperationCatalog& catalog)
 {
     QCommandLineParser parser;
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsOptions);
@@ -105,12 +115,7 @@ int runCommandLine(const QStringList& arguments)
     const QCommandLineOption allOption(QStringLiteral("all"));
     parser.addOptions({toOption, jsonOption, verboseOption, helpOption, versionOption, removeOption, allOption});
 
-    // Quiet unless asked otherwise, from the start: registering the entries may log already.
-    QLoggingCategory::setFilterRules(QStringLiteral("wendrel.*.info=false"));
-
     // Every entry's settings are options; the chosen entry refuses the ones it doesn't have.
-    OperationCatalog catalog;
-    registerAllOperations(catalog);
     const QStringList settingNames = promptOptionNames(catalog);
     for (const QString& name : settingNames)
         parser.addOption(QCommandLineOption(name, {}, QStringLiteral("VALUE")));

@@ -12,8 +12,15 @@ enum ExitStatus : int {
     exitCancelled = 130,  // interrupted with Ctrl+C, or the prompt declined; nothing was placed
 };
 
-// `wendrel COMMAND ...`: lists the entries that fit files, or runs one. Needs a
-// QCoreApplication; returns the process's exit status.
-int runCommandLine(const QStringList& arguments);
+class OperationCatalog;
+
+// `wendrel COMMAND ...` with every entry of `catalog`: lists the entries that fit files, or
+// runs one. Needs a QCoreApplication (a QGuiApplication for entries that draw text); returns
+// the process's exit status.
+int runCommandLine(const QStringList& arguments, const OperationCatalog& catalog);
+
+// Whether the arguments may run an entry that draws text, so the process must start Qt's GUI
+// layer. Errs towards yes: a file named like such an entry costs a few milliseconds.
+bool mayRunTextDrawingEntry(const QStringList& arguments, const OperationCatalog& catalog);
 
 }  // namespace wendrel

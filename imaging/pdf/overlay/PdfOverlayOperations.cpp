@@ -136,12 +136,14 @@ void registerPdfOverlayOperations(OperationCatalog& catalog)
 {
     catalog.add(Op::make(pdfEntry({.id = "pdf.number", .title = pdfText("Number Pages"),
                                    .symbol = QStringLiteral("number.square"), .ring = RingKind::tools,
-                                   .description = pdfText("Adds “page / total” at the bottom of every page.")},
+                                   .description = pdfText("Adds “page / total” at the bottom of every page."),
+                                   .drawsText = true},
                                   numberPages)));
 
     Op::Definition watermark = pdfEntry({.id = "pdf.watermark", .title = pdfText("Watermark"),
                                          .symbol = QStringLiteral("drop.triangle"), .ring = RingKind::tools,
-                                         .description = pdfText("Asks for a text and prints it diagonally across every page.")},
+                                         .description = pdfText("Asks for a text and prints it diagonally across every page."),
+                                         .drawsText = true},
                                         watermarkPages);
     watermark.prompt = watermarkPrompt();
     catalog.add(Op::make(std::move(watermark)));
