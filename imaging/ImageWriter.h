@@ -23,9 +23,16 @@ enum class MetadataPolicy { keep, drop };
 QByteArray encodeImage(const vips::VImage& image, ImageFormat format, std::optional<double> quality,
                        MetadataPolicy metadata);
 
+// How hard PNG's compressor works. `standard` is libvips' own default (deflate level 6, no row
+// filter). `quick` is deflate's quickest level with the filter chosen row by row: a few times
+// faster, files about a fifth larger on text and half the size on photos (the filter suits
+// them; libvips leaves it off), for pictures made
+// by the hundred (a document's pages).
+enum class PngEffort { standard, quick };
+
 // The same, written to a file; large pictures stream to disk instead of into memory.
 void writeImage(const vips::VImage& image, ImageFormat format, std::optional<double> quality,
-                MetadataPolicy metadata, const QString& path);
+                MetadataPolicy metadata, const QString& path, PngEffort pngEffort = PngEffort::standard);
 
 // The image with transparent areas laid onto white, for formats without alpha.
 vips::VImage flattenOntoWhite(const vips::VImage& image);
