@@ -4,10 +4,13 @@
 #include "TestPdfs.h"
 #include "operations/JobRunner.h"
 #include "operations/OperationCatalog.h"
+#include "operations/OperationError.h"
 #include "support/JobHarness.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
+#include <QDirIterator>
+#include <QThread>
 #include <QTemporaryDir>
 
 #include <vips/vips8>
@@ -145,6 +148,26 @@ TEST_F(PdfToPicturesTest, BadDocumentsFailWithTheirMessageAndLeaveNothing)
         }
     }
     EXPECT_EQ(folderEntries(folder.path()), before);
+}
+
+// Cancelling stops the workers between pages: each finishes at most the page it is drawing.
+TEST_F(PdfToPicturesTest, CancellingStopsBetweenPages)
+{
+    const QString pdf = writeTestPdf(path(QStringLiteral("Long.pdf")), pagesOfText(24));
+    QTemporaryDir scratch;
+    auto cancelled = std::make_shared<std::atomic_bool>(false);
+    const OperationContext context(scratch.path(), [cancelled](double) { *cancelled = true; }, cancelled);
+    const FileOperationPtr entry = catalog.find(QStringLiteral("pdf.png"));
+    ASSERT_TRUE(entry);
+    EXPECT_THROW(entry->run({pdf}, context), OperationCancelled);
+    int written = 0;
+    QDirIterator pictures(scratch.path(), {QStringLiteral("*.png")}, QDir::Files, QDirIterator::Subdirectories);
+    while (pictures.hasNext()) {
+        pictures.next();
+        ++written;
+    }
+    EXPECT_GE(written, 1);
+    EXPECT_LE(written, 1 + QThread::idealThreadCount());
 }
 
 }  // namespace
