@@ -74,7 +74,7 @@ VOption* saveOptions(ImageFormat format, std::optional<double> quality, Metadata
         break;
     case ImageFormat::png:
         if (pngEffort == PngEffort::quick)
-            options->set("compression", 1)->set("filter", VIPS_FOREIGN_PNG_FILTER_ALL);
+            options->set("compression", 2)->set("filter", VIPS_FOREIGN_PNG_FILTER_UP);
         break;
     case ImageFormat::jpeg:
     case ImageFormat::webp:
