@@ -51,7 +51,8 @@ bool needsFlattening(ImageFormat format)
     return format == ImageFormat::jpeg || format == ImageFormat::bmp;
 }
 
-VOption* saveOptions(ImageFormat format, std::optional<double> quality, MetadataPolicy metadata)
+VOption* saveOptions(ImageFormat format, std::optional<double> quality, MetadataPolicy metadata,
+                     PngEffort pngEffort = PngEffort::standard)
 {
     VOption* options = VImage::option()->set("strip", metadata == MetadataPolicy::drop);
     const bool lossy = imageTarget(format).lossy && quality.has_value();
@@ -71,8 +72,11 @@ VOption* saveOptions(ImageFormat format, std::optional<double> quality, Metadata
     case ImageFormat::jxl:
         options->set("effort", jxlEffort);
         break;
-    case ImageFormat::jpeg:
     case ImageFormat::png:
+        if (pngEffort == PngEffort::quick)
+            options->set("compression", 2)->set("filter", VIPS_FOREIGN_PNG_FILTER_UP);
+        break;
+    case ImageFormat::jpeg:
     case ImageFormat::webp:
     case ImageFormat::bmp:
     case ImageFormat::gif:
@@ -182,7 +186,7 @@ QByteArray encodeImage(const VImage& image, ImageFormat format, std::optional<do
 }
 
 void writeImage(const VImage& image, ImageFormat format, std::optional<double> quality,
-                MetadataPolicy metadata, const QString& path)
+                MetadataPolicy metadata, const QString& path, PngEffort pngEffort)
 {
     // Both are encoded in memory whole anyway: libvips' WebP saver needs the whole picture too.
     if (format == ImageFormat::bmp || format == ImageFormat::webp) {
@@ -191,7 +195,7 @@ void writeImage(const VImage& image, ImageFormat format, std::optional<double> q
     }
     try {
         const vips::VTarget target = vips::VTarget::new_to_file(QFile::encodeName(path).constData());
-        save(prepared(image, format, metadata), format, saveOptions(format, quality, metadata), target);
+        save(prepared(image, format, metadata), format, saveOptions(format, quality, metadata, pngEffort), target);
     } catch (const vips::VError& error) {
         qCDebug(lcJobs) << "save failed:" << path << error.what();
         throw saveError();

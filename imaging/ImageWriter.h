@@ -23,9 +23,15 @@ enum class MetadataPolicy { keep, drop };
 QByteArray encodeImage(const vips::VImage& image, ImageFormat format, std::optional<double> quality,
                        MetadataPolicy metadata);
 
+// How hard PNG's compressor works. `standard` is libvips' own default (deflate level 6, no row
+// filter). `quick` is deflate level 2 with every row predicted from the one above: about twice
+// as fast, files a quarter larger on text and half the size on photos (libvips leaves the
+// filter off), for pictures made by the hundred (a document's pages).
+enum class PngEffort { standard, quick };
+
 // The same, written to a file; large pictures stream to disk instead of into memory.
 void writeImage(const vips::VImage& image, ImageFormat format, std::optional<double> quality,
-                MetadataPolicy metadata, const QString& path);
+                MetadataPolicy metadata, const QString& path, PngEffort pngEffort = PngEffort::standard);
 
 // The image with transparent areas laid onto white, for formats without alpha.
 vips::VImage flattenOntoWhite(const vips::VImage& image);

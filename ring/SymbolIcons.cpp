@@ -23,6 +23,7 @@ const QHash<QString, QString>& iconNames()
         {QStringLiteral("film"), QStringLiteral("film")},
         {QStringLiteral("video"), QStringLiteral("video")},
         {QStringLiteral("photo.stack"), QStringLiteral("images")},
+        {QStringLiteral("photo.on.rectangle"), QStringLiteral("images")},
         {QStringLiteral("waveform"), QStringLiteral("audio-waveform")},
         {QStringLiteral("music.note"), QStringLiteral("music")},
         {QStringLiteral("tablecells"), QStringLiteral("table")},

@@ -14,6 +14,8 @@ packages=(
     # outline fonts that PDF page numbers and watermarks embed for Chinese, Japanese and Korean
     # text and for emoji (DejaVu Sans, below, covers Latin, Greek and Cyrillic); both small
     fonts-wqy-microhei fonts-symbola
+    # PDF pages drawn as pictures: poppler through cairo, the faster of Debian's renderers
+    libpoppler-glib-dev libcairo2-dev
     libzxing-dev libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libopencv-core-dev libopencv-imgproc-dev libopencv-objdetect-dev libopencv-dnn-dev opencv-data
     # audio and video

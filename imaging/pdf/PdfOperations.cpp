@@ -1,6 +1,7 @@
 #include "PdfOperations.h"
 
 #include "PdfMerge.h"
+#include "PdfToPictures.h"
 #include "compress/CompressPdfOperation.h"
 #include "overlay/PdfOverlayOperations.h"
 
@@ -12,6 +13,7 @@ void registerPdfOperations(OperationCatalog& catalog)
     registerPdfMerge(catalog);
     registerCompressPdfOperation(catalog);
     registerPdfOverlayOperations(catalog);
+    registerPdfToPictures(catalog);
 }
 
 }  // namespace wendrel
