@@ -126,7 +126,7 @@ QSizeF pdfPageSize(QSize pixels)
 
 QPDFObjectHandle addPicturePage(QPDF& pdf, const PdfPicture& picture)
 {
-    const QSizeF pageSize = pdfPageSize(picture.pixels);
+    const QSizeF pageSize = picture.pageSize.isEmpty() ? pdfPageSize(picture.pixels) : picture.pageSize;
     const std::string width = QByteArray::number(pageSize.width(), 'f', 4).toStdString();
     const std::string height = QByteArray::number(pageSize.height(), 'f', 4).toStdString();
 

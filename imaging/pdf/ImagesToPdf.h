@@ -19,6 +19,7 @@ struct PdfPicture {
     bool isJpeg = false;  // data is a JPEG stream; otherwise deflated 8-bit samples
     QByteArray data;
     QByteArray alpha;     // deflated 8-bit alpha samples, empty when opaque
+    QSizeF pageSize{};    // the page it fills, in points; empty: pdfPageSize(pixels)
 };
 
 // The page for a picture, in points: a point per pixel, shrunk so no side exceeds 1190.
@@ -29,11 +30,13 @@ QSizeF pdfPageSize(QSize pixels);
 // graphics and anything transparent losslessly. Throws OperationError "Can't read this image".
 PdfPicture pdfPictureFromFile(const QString& path, const OperationContext& context);
 
-// Appends a page for `picture` to `pdf`: the page has pdfPageSize, the picture fills it.
+// Appends a page for `picture` to `pdf`: the page has its pageSize (else pdfPageSize), the
+// picture fills it.
 // Returns the new page.
 QPDFObjectHandle addPicturePage(QPDF& pdf, const PdfPicture& picture);
 
-// Writes one PDF with a page per picture, in order. Throws "Couldn't create the PDF".
+// Writes one PDF with a page per picture, in order, each picture filling its page. Throws
+// "Couldn't create the PDF", also when there are no pictures.
 void writePicturesPdf(const QList<PdfPicture>& pictures, const QString& path);
 
 }  // namespace wendrel

@@ -176,6 +176,22 @@ TEST_F(PdfCompressTest, ATargetSizeTakesTheFirstLevelThatFits)
     }
 }
 
+// Saved as pictures, pages keep the size and shape they are seen at, and their text is gone.
+TEST_F(PdfCompressTest, PagesSavedAsPicturesKeepTheirShapeAndLoseTheirText)
+{
+    const TestPdf pages{.pages = {TestPage{.text = QStringLiteral("Upright words")},
+                                  TestPage{.rotate = 90, .text = QStringLiteral("Turned words")}}};
+    const QString source = writeTestPdf(path(QStringLiteral("Pages.pdf")), pages);
+    QJsonObject answers = atQuality("balanced");
+    answers.insert(QStringLiteral("rasterize"), true);
+    const QString result = compressed(source, answers);
+    EXPECT_EQ(pageSizes(source), (QStringList{QStringLiteral("612 x 792 pts, 0"), QStringLiteral("612 x 792 pts, 90")}));
+    EXPECT_EQ(pageSizes(result), (QStringList{QStringLiteral("612 x 792 pts, 0"), QStringLiteral("792 x 612 pts, 0")}));
+    EXPECT_EQ(pictureList(result), (QStringList{QStringLiteral("image 1275x1650 rgb jpeg"), QStringLiteral("image 1650x1275 rgb jpeg")}));
+    EXPECT_TRUE(pdfToText(source).contains(u"Turned words"));
+    EXPECT_EQ(pdfToText(result).trimmed(), QString());
+}
+
 // What can't be compressed fails with its reason and leaves nothing beside it; a picture that
 // doesn't decode is left as it is while the rest is compressed.
 TEST_F(PdfCompressTest, BadInputsFailCleanlyAndDamagedPicturesStayAsTheyAre)

@@ -136,6 +136,22 @@ QStringList pictureList(const QString& path)
     return pictures;
 }
 
+QStringList pageSizes(const QString& path)
+{
+    const QString info = toolOutput(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"),
+                                                                QStringLiteral("-l"), QStringLiteral("9999"), path});
+    QStringList sizes;
+    const QRegularExpression size(QStringLiteral("^Page +\\d+ size: +(.*?)( \\(.*\\))?$"));
+    const QRegularExpression turn(QStringLiteral("^Page +\\d+ rot: +(\\d+)$"));
+    for (const QString& line : info.split(u'\n')) {
+        if (const QRegularExpressionMatch match = size.match(line); match.hasMatch())
+            sizes.append(match.captured(1));
+        else if (const QRegularExpressionMatch rotation = turn.match(line); rotation.hasMatch() && !sizes.isEmpty())
+            sizes.last() += QStringLiteral(", ") + rotation.captured(1);
+    }
+    return sizes;
+}
+
 std::vector<double> renderedMeans(const QString& path)
 {
     QTemporaryDir folder;

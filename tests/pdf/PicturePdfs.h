@@ -6,6 +6,11 @@
 
 #include <vips/vips8>
 
+#include <ostream>
+
+// Failed expectations show lists of strings as text.
+inline void PrintTo(const QStringList& list, std::ostream* out) { *out << '{' << list.join(QStringLiteral(" | ")).toStdString() << '}'; }
+
 namespace wendrel::test {
 
 // One picture in a test document and how it is drawn.
@@ -32,6 +37,10 @@ QString writePicturePdf(const QString& path, const PicturePdf& pdf);
 // What pdfimages -list says of a document's pictures, a line each: "image 300x225 rgb jpeg",
 // "smask 300x225 gray image" (type, size, colour, encoding).
 QStringList pictureList(const QString& path);
+
+// What pdfinfo says of each page's size and turn: "612 x 792 pts, 0" (the paper's name, when it
+// has one, left out).
+QStringList pageSizes(const QString& path);
 
 // The mean of each RGB band of page 1 rendered by pdftoppm at 24 per inch.
 std::vector<double> renderedMeans(const QString& path);

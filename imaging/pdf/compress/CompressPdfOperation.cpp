@@ -1,5 +1,6 @@
 #include "CompressPdfOperation.h"
 
+#include "CompressAsPictures.h"
 #include "CompressKeepingText.h"
 #include "PdfCompressionLevels.h"
 #include "PdfCompressionSettingsView.h"
@@ -20,11 +21,14 @@ namespace {
 
 using Settings = PDFCompressionSettings;
 
-// One compression of the file at a level, into `destination`; its size in bytes.
-qint64 compressAt(const QString& path, const PdfCompressionLevel& level,
+// One compression of the file at a level, into `destination`, keeping text or with each page
+// saved as a picture; its size in bytes.
+qint64 compressAt(const QString& path, const Settings& settings, const PdfCompressionLevel& level,
                   const QString& destination, const OperationContext& context,
                   const std::function<void(double)>& progress)
 {
+    if (settings.rasterize)
+        return compressAsPictures(path, level, destination, context, progress);
     return compressKeepingText(path, level, destination, context, progress);
 }
 
@@ -45,7 +49,7 @@ QString compressToTarget(const QString& path, const Settings& settings, const Op
             const std::size_t step = attempts.size();
             attempts.push_back(QDir(context.workDirectory()).filePath(QStringLiteral("level-%1.pdf").arg(step)));
             const double steps = double(pdfTargetSizeLadder.size());
-            const qint64 bytes = compressAt(path, level, attempts.back(), context, [&](double fraction) {
+            const qint64 bytes = compressAt(path, settings, level, attempts.back(), context, [&](double fraction) {
                 context.progress((double(step) + fraction) / steps);
             });
             qCInfo(lcJobs, "pdf level %zu (q %.2f, %d ppi): %lld bytes, target %lld", step, level.quality,
@@ -67,7 +71,7 @@ ProducedFile compressPdf(const QString& path, const OperationContext& context)
     const QString name = outputName(path, pdfText("Compressed"), QStringLiteral("pdf"));
     if (settings.mode == Settings::Mode::quality) {
         return context.produce(path, name, [&](const QString& destination) {
-            compressAt(path, pdfCompressionLevel(settings.quality), destination, context,
+            compressAt(path, settings, pdfCompressionLevel(settings.quality), destination, context,
                        [&](double fraction) { context.progress(fraction); });
         });
     }
