@@ -3,6 +3,9 @@
 #include "PdfMerge.h"
 #include "compress/CompressPdfOperation.h"
 #include "overlay/PdfOverlayOperations.h"
+#include "ProtectPdf.h"
+#include "RotatePdf.h"
+#include "SplitPdf.h"
 
 namespace wendrel {
 
@@ -12,6 +15,9 @@ void registerPdfOperations(OperationCatalog& catalog)
     registerPdfMerge(catalog);
     registerCompressPdfOperation(catalog);
     registerPdfOverlayOperations(catalog);
+    registerSplitPdf(catalog);
+    registerRotatePdf(catalog);
+    registerProtectPdf(catalog);
 }
 
 }  // namespace wendrel
