@@ -14,7 +14,8 @@ QString splitPageFileName(int pageNumber, int pageCount);
 
 // Writes every page of the PDF at `source` as a document of its own into `folder`, which
 // exists: only that page and what it draws with, no other page's objects. Pages are written
-// on several threads, each with its own reading of the source. Reports progress per page,
+// on several threads, each with its own reading of the source, as long as those readings
+// take little memory; a long document is written on one. Reports progress per page,
 // stops between pages when the job is cancelled. Throws OperationError: the opening messages,
 // or "Couldn't save the PDF".
 void splitPdfInto(const QString& source, const QString& folder, const OperationContext& context);
