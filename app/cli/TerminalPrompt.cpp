@@ -185,8 +185,19 @@ std::optional<QJsonValue> TerminalPrompt::askField(const PromptField& field, con
         // Enter keeps the value; for a password it means no password, which the field judges.
         if (line->trimmed().isEmpty() && !isPassword)
             return current;
-        if (const std::optional<QJsonValue> value = readAnswer(field, *line))
-            return value;
+        if (const std::optional<QJsonValue> value = readAnswer(field, *line)) {
+            if (!isPassword || !field.confirm)
+                return value;
+            // Typed blind, a slip goes unseen: the same again, or both are asked anew.
+            write(translate("%1, again: ").arg(field.label));
+            const std::optional<QString> again = readLine(false);
+            if (!again)
+                return std::nullopt;
+            if (*again == *line)
+                return value;
+            write(translate("The passwords don't match. Please try again.\n"));
+            continue;
+        }
         write(translate("Please enter %1.\n").arg(acceptedValues(field)));
     }
 }

@@ -12,7 +12,8 @@ namespace wendrel {
 // Asks the questions of a prompt one by one on a terminal, the way the dialog would: only the
 // fields that are shown for the answers so far, each with its current value, which a bare
 // Enter keeps. A wrong answer is explained and asked again; a password is read without
-// echo. Ends with the confirm button's question.
+// echo, and one that must be confirmed is read twice until both agree. Ends with the confirm
+// button's question.
 class TerminalPrompt {
 public:
     // Questions go to `outputFd`, answers come from `inputFd`, a line at a time.

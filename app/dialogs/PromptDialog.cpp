@@ -246,6 +246,14 @@ PromptDialog::Field PromptDialog::makeField(const PromptField& field)
         connect(line, &QLineEdit::textChanged, this, changed);
         made.editor = line;
         made.value = [line] { return QJsonValue(line->text()); };
+        if (field.kind == PromptField::Kind::password && field.confirm) {
+            made.confirmation = new QLineEdit(this);
+            made.confirmation->setObjectName(field.key + QStringLiteral("Confirmation"));
+            made.confirmation->setEchoMode(QLineEdit::Password);
+            made.confirmation->setPlaceholderText(translate("Verify"));
+            made.confirmation->setMinimumWidth(240);
+            connect(made.confirmation, &QLineEdit::textChanged, this, changed);
+        }
         break;
     }
     }
@@ -278,6 +286,16 @@ void PromptDialog::addToForm(Field& field)
         layout->setSpacing(8);
         layout->addWidget(line, 1);
         layout->addWidget(choose);
+        content = pair;
+    }
+    if (field.confirmation) {
+        // The second line sits right under the first, so the two read as one question.
+        auto* pair = new QWidget(this);
+        auto* layout = new QVBoxLayout(pair);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(6);
+        layout->addWidget(content);
+        layout->addWidget(field.confirmation);
         content = pair;
     }
     field.row = rowWith(content, field.caption, this);
@@ -326,7 +344,16 @@ void PromptDialog::refresh()
         const QJsonValue value = current.value(field.field.key);
         const bool shown = m_request.isShown(field.field, current);
         m_form->setRowVisible(field.row, shown);
-        const QString caption = captionFor(field.field, value);
+        QString caption = captionFor(field.field, value);
+        if (field.confirmation) {
+            const QString repeated = field.confirmation->text();
+            if (shown && repeated != value.toString())
+                acceptable = false;
+            // Said only once the second line has something to compare: an empty one is
+            // simply not typed yet.
+            if (!repeated.isEmpty() && repeated != value.toString())
+                caption = translate("The passwords don't match");
+        }
         field.caption->setText(caption);
         field.caption->setVisible(!caption.isEmpty());
         // The form sizes a wrapped label by its one-line hint and would cut a caption of two

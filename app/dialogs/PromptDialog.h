@@ -12,6 +12,7 @@
 class QDialogButtonBox;
 class QFormLayout;
 class QLabel;
+class QLineEdit;
 class QPushButton;
 
 namespace wendrel {
@@ -26,7 +27,7 @@ std::optional<QJsonObject> askUser(const PromptRequest& request, QWidget* parent
 
 // The dialog behind askUser(): a heading, the fields in a form (each shown while its condition
 // holds), and Cancel beside the default confirm button, which stays disabled while a shown
-// field holds something it doesn't accept.
+// field holds something it doesn't accept, or a password to confirm differs from its second line.
 class PromptDialog : public QDialog {
     Q_OBJECT
 
@@ -51,6 +52,7 @@ private:
         QLabel* label = nullptr;     // in the label column; a slider's shows its value
         QLabel* caption = nullptr;
         QWidget* editor = nullptr;
+        QLineEdit* confirmation = nullptr;  // a password's second line, when it must be typed twice
         std::function<QJsonValue()> value{};
     };
 

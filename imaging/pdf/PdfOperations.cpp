@@ -2,6 +2,9 @@
 
 #include "PdfMerge.h"
 #include "PdfToPictures.h"
+#include "ProtectPdf.h"
+#include "RotatePdf.h"
+#include "SplitPdf.h"
 #include "compress/CompressPdfOperation.h"
 #include "overlay/PdfOverlayOperations.h"
 
@@ -14,6 +17,9 @@ void registerPdfOperations(OperationCatalog& catalog)
     registerCompressPdfOperation(catalog);
     registerPdfOverlayOperations(catalog);
     registerPdfToPictures(catalog);
+    registerSplitPdf(catalog);
+    registerRotatePdf(catalog);
+    registerProtectPdf(catalog);
 }
 
 }  // namespace wendrel

@@ -60,8 +60,10 @@ QJsonObject fieldToJson(const PromptField& field)
         if (!field.unit.isEmpty())
             object.insert(QStringLiteral("unit"), field.unit);
         break;
-    case PromptField::Kind::text:
     case PromptField::Kind::password:
+        object.insert(QStringLiteral("confirm"), field.confirm);
+        [[fallthrough]];
+    case PromptField::Kind::text:
     case PromptField::Kind::folder:
         object.insert(QStringLiteral("required"), field.required);
         break;

@@ -58,6 +58,9 @@ struct PromptField {
 
     QString placeholder{};    // text, password, folder: shown while the field is empty
     bool required = false;    // text, password, folder: an empty answer is refused
+    // password: typed a second time, blind, and taken only when both agree. A password that
+    // locks a file must be the one the user meant; a command-line option is typed once.
+    bool confirm = false;
 
     QString caption{};        // a line of explanation under the field
     QString captionWhenOn{};  // toggle: stands instead of `caption` while the toggle is on

@@ -1,4 +1,5 @@
 #include "imaging/TestPictures.h"
+#include "pdf/TestPdfs.h"
 #include "operations/RingOrder.h"
 #include "operations/settings/CompressionSettings.h"
 #include "operations/settings/SettingsStore.h"
@@ -297,6 +298,7 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
 {
     const QString photo = folder.filePath(u"photo.png"_s);
     save(photoLike(64, 48), photo);
+    const QString report = writeTestPdf(folder.filePath(u"Report.pdf"_s), pagesOfText(3));
     QDir(QDir::homePath() + u"/.cache/wendrel"_s).removeRecursively();
 
     struct Case {
@@ -316,6 +318,10 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
         {{u"ops"_s, photo}, 0, true, true},
         {{u"ops"_s, photo}, 0, true, false},
         {{u"run"_s, u"image.jpg"_s, photo}, 0, true, true},
+        // PDF page tools work on the document's structure, never its pixels; a password given
+        // as an option is taken as it is, without a second typing.
+        {{u"run"_s, u"pdf.split"_s, report}, 0, true, false},
+        {{u"run"_s, u"pdf.password"_s, u"--password"_s, u"pw 1"_s, report}, 0, true, false},
     };
     for (const Case& command : cases) {
         const std::string shown = command.arguments.join(u' ').toStdString();
@@ -326,6 +332,11 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
 #endif
         EXPECT_EQ(use.started, command.startsLibvips) << shown;
     }
+    const QString pages = folder.filePath(u"Report Pages"_s);
+    EXPECT_EQ(folderEntries(pages), (QStringList{u"Page 001.pdf"_s, u"Page 002.pdf"_s, u"Page 003.pdf"_s}));
+    EXPECT_EQ(pdfToText(pages + u"/Page 002.pdf"_s).trimmed(), u"Page 2"_s);
+    EXPECT_TRUE(qpdfCheckPasses(folder.filePath(u"Report Protected.pdf"_s), u"pw 1"_s));
+    EXPECT_FALSE(qpdfCheckPasses(folder.filePath(u"Report Protected.pdf"_s)));
 }
 
 TEST_F(CommandLineTest, AnAgentStartedByRingKeepsOutOfTheCallersTerminal)

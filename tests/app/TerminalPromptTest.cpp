@@ -106,7 +106,8 @@ TEST(TerminalPrompt, PasswordIsReadWithoutEchoAndEchoComesBack)
         .fields = {{.kind = PromptField::Kind::text, .key = QStringLiteral("name"), .label = QStringLiteral("Name"),
                     .value = QString()},
                    {.kind = PromptField::Kind::password, .key = QStringLiteral("password"),
-                    .label = QStringLiteral("Password for the PDF"), .value = QString(), .required = true}},
+                    .label = QStringLiteral("Password for the PDF"), .value = QString(), .required = true,
+                    .confirm = true}},
         .confirmText = QStringLiteral("Protect"),
     };
 
@@ -114,7 +115,9 @@ TEST(TerminalPrompt, PasswordIsReadWithoutEchoAndEchoComesBack)
     std::thread typist([&] {
         type(master, "Ann\n");
         waitForEcho(slave, false);
-        type(master, "s3cret words\n");
+        // Typed while echo is off, every line stays unseen whenever it is read: a pair that
+        // differs, then one that matches.
+        type(master, "s3cret words\ns3cret wordz\ns3cret words\ns3cret words\n");
         waitForEcho(slave, true);
         type(master, "y\n");
     });
@@ -126,7 +129,9 @@ TEST(TerminalPrompt, PasswordIsReadWithoutEchoAndEchoComesBack)
     EXPECT_EQ(answers->value(QStringLiteral("name")).toString(), u"Ann");
     EXPECT_EQ(answers->value(QStringLiteral("password")).toString(), u"s3cret words");
     EXPECT_TRUE(screen.contains(u"Ann")) << "ordinary answers are echoed";
-    EXPECT_TRUE(screen.contains(u"Password for the PDF: ")) << screen.toStdString();
+    EXPECT_EQ(screen.count(u"Password for the PDF: "), 2) << screen.toStdString();
+    EXPECT_EQ(screen.count(u"Password for the PDF, again: "), 2) << screen.toStdString();
+    EXPECT_EQ(screen.count(u"The passwords don't match. Please try again."), 1) << screen.toStdString();
     EXPECT_FALSE(screen.contains(u"s3cret")) << screen.toStdString();
     EXPECT_TRUE(echoes(slave));
     ::close(master);

@@ -182,7 +182,7 @@ TEST_F(PromptDialogTest, TextPasswordFolderAndASwitchWithItsCaption)
              .value = QStringLiteral("CONFIDENTIAL"), .required = true,
              .shownWhen = PromptCondition{QStringLiteral("stamp"), {true}}},
             {.kind = Kind::password, .key = QStringLiteral("password"), .label = QStringLiteral("Password for the PDF"),
-             .value = QString(), .required = true},
+             .value = QString(), .required = true, .confirm = true},
             {.kind = Kind::folder, .key = QStringLiteral("folder"), .label = QStringLiteral("Copy to"),
              .value = QDir::homePath()},
         },
@@ -198,8 +198,33 @@ TEST_F(PromptDialogTest, TextPasswordFolderAndASwitchWithItsCaption)
     auto* password = editor<QLineEdit>(dialog, "password");
     EXPECT_EQ(password->echoMode(), QLineEdit::Password);
     EXPECT_FALSE(dialog.confirmButton()->isEnabled()) << "a required password is still empty";
-    QTest::keyClicks(password, QStringLiteral("s3cret"));
-    EXPECT_TRUE(dialog.confirmButton()->isEnabled());
+    auto* again = dialog.findChild<QLineEdit*>(QStringLiteral("passwordConfirmation"));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->echoMode(), QLineEdit::Password);
+    auto* passwordCaption = dialog.findChild<QLabel*>(QStringLiteral("passwordCaption"));
+    // What the second line holds as the password is typed: the button, and the hint under it.
+    const struct {
+        const char* password;
+        const char* again;
+        bool confirms;
+        const char* hint;
+    } typing[] = {
+        {"s3cret", "", false, ""},
+        {"s3cret", "s3cre", false, "The passwords don't match"},
+        {"s3cret", "s3cret", true, ""},
+        {"s3cret", "s3cret ", false, "The passwords don't match"},
+        {"", "", false, ""},
+        {"s3cret", "s3cret", true, ""},
+    };
+    for (const auto& step : typing) {
+        password->clear();
+        again->clear();
+        QTest::keyClicks(password, QString::fromLatin1(step.password));
+        QTest::keyClicks(again, QString::fromLatin1(step.again));
+        EXPECT_EQ(dialog.confirmButton()->isEnabled(), step.confirms) << step.password << "/" << step.again;
+        EXPECT_EQ(passwordCaption->isVisibleTo(&dialog) ? passwordCaption->text() : QString(), QString::fromLatin1(step.hint))
+            << step.password << "/" << step.again;
+    }
 
     editor<SwitchButton>(dialog, "stamp")->click();
     EXPECT_EQ(caption->text(), u"Every page gets the text.");
