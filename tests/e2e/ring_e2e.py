@@ -9,6 +9,7 @@ import configparser
 import json
 import math
 import os
+import re
 import struct
 import subprocess
 import sys
@@ -207,6 +208,18 @@ def main():
                   "the ring goes with the sheet, or at Escape")
             check(wait_for(lambda: not desktop.visible_window(RING)), "the ring is gone")
             check(not os.path.exists(os.path.join(desktop.home, "Report Compressed.pdf")), "cancelling ran nothing")
+        # A PDF tool that asks nothing runs at the click, and its result is a whole PDF.
+        window = open_ring(desktop, wendrel, "tools", document)
+        if check(window and "pdf.rotate" in tools, "the tools ring opens again, with Rotate Right"):
+            click_segment(desktop, window, tools.index("pdf.rotate"), len(tools))
+            rotated = os.path.join(desktop.home, "Report Rotated.pdf")
+            check(wait_for(lambda: os.path.exists(rotated)), "clicking Rotate Right writes Report Rotated.pdf")
+            if os.path.exists(rotated):
+                checked = desktop.run(["qpdf", "--check", rotated], check=False)
+                check(checked.returncode == 0, "qpdf --check passes on the rotated PDF")
+                info = desktop.run(["pdfinfo", rotated], check=False).stdout
+                check(re.search(r"^Page rot:\s+90$", info, re.MULTILINE), "its page is turned 90 degrees")
+            check(wait_for(lambda: not desktop.visible_window(RING)), "and the ring goes after the result")
 
         # Nothing fits: the tools ring for a plain text file; Escape closes it.
         notes = os.path.join(desktop.home, "notes.txt")
