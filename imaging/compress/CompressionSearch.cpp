@@ -119,7 +119,7 @@ public:
         }
         if (below || above) {
             const Sample& nearest = below ? *below : *above;
-            return {nearest.quality + (logTarget - std::log(nearest.bytes)) / typicalSlope, below, above};
+            return {nearest.quality + (logTarget - std::log(nearest.bytes)) / typicalSlope, below != nullptr, above != nullptr};
         }
         return {gridQuality(gridSteps / 2), false, false};
     }

@@ -230,8 +230,9 @@ TEST_F(CommandLineTest, InvocationsExitWithTheirStatusAndSayWhy)
         // Whatever Qt would say itself (QDir's, QCommandLineParser's own wording) has no place here.
         EXPECT_FALSE(result.err.contains(u"QDir")) << shown << ": " << result.err.toStdString();
         if (invocation.jsonStatus.isEmpty()) {
-            if (invocation.exitCode != 0)
+            if (invocation.exitCode != 0) {
                 EXPECT_TRUE(result.out.isEmpty()) << shown << ": " << result.out.toStdString();
+            }
             continue;
         }
         QJsonParseError error;
@@ -260,7 +261,7 @@ TEST_F(CommandLineTest, OpsAllListsEveryEntryOfEachRingInRingOrder)
     // The JSON form holds the same ids, each ring's in the order of the rings.
     const QJsonObject report = QJsonDocument::fromJson(runWendrel({u"ops"_s, u"--all"_s, u"--json"_s}).out.toUtf8()).object();
     qsizetype listed = 0;
-    for (const QString ring : {u"convert"_s, u"tools"_s, u"actions"_s}) {
+    for (const QString& ring : {u"convert"_s, u"tools"_s, u"actions"_s}) {
         const QJsonArray entries = report.value(ring).toArray();
         int previousRank = -1;
         for (const QJsonValue& entry : entries) {

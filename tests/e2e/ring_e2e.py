@@ -270,9 +270,9 @@ def main():
                     if key == "Right":
                         check(wait_for(lambda: shown_windows() - opened), "Right opens the submenu")
 
-            # The last job made Holiday Compressed.jpg; the JPG of the job before stays.
-            last = os.path.join(desktop.home, "Holiday Compressed.jpg")
-            trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Holiday Compressed.jpg")
+            # The last job made Report Rotated.pdf; the JPG of an earlier job stays.
+            last = os.path.join(desktop.home, "Report Rotated.pdf")
+            trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Report Rotated.pdf")
             choose("Down", "Down", "Return")  # Choose Files…, Undo Last Result
             check(wait_for(lambda: os.path.exists(trashed)), "Undo Last Result moves the last result to the Trash")
             check(not os.path.exists(last) and os.path.exists(result), "only the last job's result is gone")

@@ -278,8 +278,9 @@ TEST_F(JobRunnerTest, OneJobAtATimeWithItsStatusFromStartToEnd)
     EXPECT_EQ(seen.first().progress, 0.0);
     EXPECT_EQ(seen.last().state, JobStatus::State::finished);
     for (const JobStatus& status : seen) {
-        if (status.isRunning())
+        if (status.isRunning()) {
             EXPECT_TRUE(status.progress == 0.0 || status.progress == 0.5);
+        }
     }
     runner.reset();
     EXPECT_EQ(runner.status().state, JobStatus::State::idle);
