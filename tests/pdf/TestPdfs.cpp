@@ -145,8 +145,6 @@ QString writeTestPdf(const QString& path, const TestPdf& spec)
 {
     QPDF pdf;
     pdf.emptyPDF();
-    if (spec.treeRotate != 0)
-        pdf.getRoot().getKey("/Pages").replaceKey("/Rotate", QPDFObjectHandle::newInteger(spec.treeRotate));
     QPDFObjectHandle shared = pdf.makeIndirectObject(QPDFObjectHandle::parse("<< /Font << >> >>"));
     std::map<QString, QPDFObjectHandle> fonts;  // one object per face, however many pages use it
     QPDFPageDocumentHelper pages(pdf);
@@ -163,6 +161,8 @@ QString writeTestPdf(const QString& path, const TestPdf& spec)
         pages.addPage(QPDFPageObjectHelper(pageObject(pdf, page, i + 1, key, resources)), false);
     }
     addNavigation(pdf, spec);
+    if (spec.treeRotate != 0)
+        pdf.getRoot().getKey("/Pages").replaceKey("/Rotate", QPDFObjectHandle::newInteger(spec.treeRotate));
 
     const QByteArray fileName = QFile::encodeName(path);
     QPDFWriter writer(pdf, fileName.constData());
