@@ -2,11 +2,11 @@
 #include "imaging/pdf/PdfDocument.h"
 
 #include "TestPdfs.h"
+#include "imaging/TestPictures.h"
 #include "operations/OperationError.h"
 #include "support/TestEnvironment.h"
 
 #include <qpdf/QPDFPageDocumentHelper.hh>
-#include <vips/vips8>
 
 using namespace wendrel;
 using namespace wendrel::test;
@@ -36,11 +36,8 @@ TEST_F(PdfDocumentTest, OpensWholeAndRepairableFilesAndEveryEntryNamesWhyOthersF
     writeFile(path("truncated.pdf"), whole.left(40));
     writeFile(path("cut.pdf"), whole.left(whole.size() / 3));
     startVips();
-    void* jpeg = nullptr;
-    size_t jpegSize = 0;
-    vips::VImage::black(32, 32).write_to_buffer(".jpg", &jpeg, &jpegSize);
-    writeFile(path("photo.pdf"), QByteArray(static_cast<const char*>(jpeg), qsizetype(jpegSize)));
-    g_free(jpeg);
+    save(vips::VImage::black(32, 32), path("photo.jpg"));
+    QFile::rename(path("photo.jpg"), path("photo.pdf"));
     writeFile(path("empty.pdf"), {});
     writeTestPdf(path("locked.pdf"), {.userPassword = QStringLiteral("open sesame")});
     writeTestPdf(path("no-pages.pdf"), {.pages = {}});

@@ -132,14 +132,7 @@ QRegularExpressionMatchIterator pdfinfoPageLines(const QString& path, const char
 
 }  // namespace
 
-TestPdf pagesOfText(int count)
-{
-    TestPdf pdf;
-    pdf.pages.clear();
-    for (int i = 0; i < count; ++i)
-        pdf.pages.append(TestPage{});
-    return pdf;
-}
+TestPdf pagesOfText(int count) { return {.pages = QList<TestPage>(count)}; }
 
 QString writeTestPdf(const QString& path, const TestPdf& spec)
 {
