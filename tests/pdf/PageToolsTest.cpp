@@ -53,12 +53,12 @@ TEST(SplitPdfTest, PageFilesAreNumberedToSortInPageOrder)
 
 TEST_F(PageToolsTest, RotateTurnsEveryPageRightInheritedRotationIncluded)
 {
-    TestPdf spec = pagesOfText(5);
-    spec.treeRotate = 180;  // pages 1 and 4 have no /Rotate of their own and inherit it
+    TestPdf document = pagesOfText(5);
+    document.treeRotate = 180;  // pages 1 and 4 have no /Rotate of their own and inherit it
     const int own[] = {0, 90, 270, 0, -90};
     for (int index = 0; index < 5; ++index)
-        spec.pages[index].rotate = own[index];
-    const QString source = writeTestPdf(path("Scan.pdf"), spec);
+        document.pages[index].rotate = own[index];
+    const QString source = writeTestPdf(path("Scan.pdf"), document);
     ASSERT_EQ(pdfPageRotations(source), (QList<int>{180, 90, 270, 180, 270}));
 
     const JobReport report = run("pdf.rotate", source);
@@ -75,12 +75,12 @@ TEST_F(PageToolsTest, SplitWritesEachPageAsItsOwnPdfWithOnlyWhatItUses)
 {
     const int pages = 40;
     const QString faces[] = {QStringLiteral("Helvetica"), QStringLiteral("Times-Roman"), QStringLiteral("Courier")};
-    TestPdf spec = pagesOfText(pages);
-    spec.sharedResources = true;
-    spec.links = {{.fromPage = 0, .target = {.page = 2}}};
+    TestPdf document = pagesOfText(pages);
+    document.sharedResources = true;
+    document.links = {{.fromPage = 0, .target = {.page = 2}}};
     for (int index = 0; index < pages; ++index)
-        spec.pages[index].font = faces[index % 3];
-    const JobReport report = run("pdf.split", writeTestPdf(path("Report.pdf"), spec));
+        document.pages[index].font = faces[index % 3];
+    const JobReport report = run("pdf.split", writeTestPdf(path("Report.pdf"), document));
     ASSERT_TRUE(report.succeeded) << report.message.toStdString();
     EXPECT_EQ(report.results, QStringList{path("Report Pages")});
 

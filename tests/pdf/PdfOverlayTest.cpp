@@ -96,10 +96,10 @@ TEST_F(PdfOverlayTest, NumbersEveryPageCentredTwentyPointsAboveTheBottomAsDispla
     const TestPage shapes[] = {{}, {.width = 842, .height = 595}, {.rotate = 90}, {.rotate = 180},
                                {.width = 400, .height = 300, .rotate = 270}};
     const int count = 300;
-    TestPdf spec = pagesOfText(count);
+    TestPdf document = pagesOfText(count);
     for (int i = 0; i < count; ++i)
-        spec.pages[i] = shapes[i % 5];
-    const QString source = writeTestPdf(path("long.pdf"), spec);
+        document.pages[i] = shapes[i % 5];
+    const QString source = writeTestPdf(path("long.pdf"), document);
     const QString numbered = result("pdf.number", source);
     EXPECT_EQ(QFileInfo(numbered).fileName(), u"long Numbered.pdf");
 
@@ -109,7 +109,7 @@ TEST_F(PdfOverlayTest, NumbersEveryPageCentredTwentyPointsAboveTheBottomAsDispla
         const auto [text, box] = numberLine(pages[i]);
         EXPECT_EQ(text, QStringLiteral("%1 / %2").arg(i + 1).arg(count)) << "page " << i;
         // pdftotext gives the boxes as displayed but the page's size as stored.
-        const TestPage& page = spec.pages[i];
+        const TestPage& page = document.pages[i];
         const QSizeF displayed = page.rotate % 180 == 0 ? QSizeF(page.width, page.height) : QSizeF(page.height, page.width);
         EXPECT_NEAR(box.center().x(), displayed.width() / 2, 0.5) << "page " << i;
         EXPECT_NEAR(displayed.height() - box.bottom(), 20, 0.5) << "page " << i;

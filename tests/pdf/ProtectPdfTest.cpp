@@ -16,9 +16,9 @@ TEST_F(ProtectPdfTest, ResultOpensOnlyWithThePasswordUnderAes256)
     const QString password = QStringLiteral("tr0ub4dor & 3 ünïcode");
     for (const auto& [name, sourcePassword] : {std::pair<QString, std::optional<QString>>{QStringLiteral("Plain"), std::nullopt},
                                                {QStringLiteral("Encrypted"), QString()}}) {
-        TestPdf spec = pagesOfText(3);
-        spec.userPassword = sourcePassword;
-        const QString source = writeTestPdf(path(name + QStringLiteral(".pdf")), spec);
+        TestPdf document = pagesOfText(3);
+        document.userPassword = sourcePassword;
+        const QString source = writeTestPdf(path(name + QStringLiteral(".pdf")), document);
         ASSERT_TRUE(qpdfCheckPasses(source)) << "the source opens without a password";
 
         const JobReport report = run("pdf.password", source, {{QStringLiteral("password"), password}});

@@ -134,33 +134,33 @@ QRegularExpressionMatchIterator pdfinfoPageLines(const QString& path, const char
 
 TestPdf pagesOfText(int count) { return {.pages = QList<TestPage>(count)}; }
 
-QString writeTestPdf(const QString& path, const TestPdf& spec)
+QString writeTestPdf(const QString& path, const TestPdf& document)
 {
     QPDF pdf;
     pdf.emptyPDF();
     QPDFObjectHandle shared = pdf.makeIndirectObject(QPDFObjectHandle::parse("<< /Font << >> >>"));
     std::map<QString, QPDFObjectHandle> fonts;  // one object per face, however many pages use it
     QPDFPageDocumentHelper pages(pdf);
-    for (int i = 0; i < spec.pages.size(); ++i) {
-        const TestPage& page = spec.pages[i];
+    for (int i = 0; i < document.pages.size(); ++i) {
+        const TestPage& page = document.pages[i];
         QPDFObjectHandle& font = fonts[page.font];
         if (!font.isInitialized()) {
             font = pdf.makeIndirectObject(QPDFObjectHandle::parse(
                 "<< /Type /Font /Subtype /Type1 /BaseFont /" + page.font.toStdString() + " /Encoding /WinAnsiEncoding >>"));
         }
-        const std::string key = spec.sharedResources ? "/F" + std::to_string(i + 1) : "/F1";
-        QPDFObjectHandle resources = spec.sharedResources ? shared : QPDFObjectHandle::parse("<< /Font << >> >>");
+        const std::string key = document.sharedResources ? "/F" + std::to_string(i + 1) : "/F1";
+        QPDFObjectHandle resources = document.sharedResources ? shared : QPDFObjectHandle::parse("<< /Font << >> >>");
         resources.getKey("/Font").replaceKey(key, font);
         pages.addPage(QPDFPageObjectHelper(pageObject(pdf, page, i + 1, key, resources)), false);
     }
-    addNavigation(pdf, spec);
-    if (spec.treeRotate != 0)
-        pdf.getRoot().getKey("/Pages").replaceKey("/Rotate", QPDFObjectHandle::newInteger(spec.treeRotate));
+    addNavigation(pdf, document);
+    if (document.treeRotate != 0)
+        pdf.getRoot().getKey("/Pages").replaceKey("/Rotate", QPDFObjectHandle::newInteger(document.treeRotate));
 
     const QByteArray fileName = QFile::encodeName(path);
     QPDFWriter writer(pdf, fileName.constData());
-    if (spec.userPassword) {
-        const std::string password = spec.userPassword->toStdString();
+    if (document.userPassword) {
+        const std::string password = document.userPassword->toStdString();
         writer.setR6EncryptionParameters(password.c_str(), password.c_str(), true, true, true, true, true, true,
                                          qpdf_r3p_full, true);
     }
