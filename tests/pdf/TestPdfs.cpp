@@ -1,10 +1,15 @@
 #include "TestPdfs.h"
 
+#include "imaging/ImagingOperations.h"
+#include "imaging/TestPictures.h"
+#include "operations/settings/SettingsStore.h"
+#include "support/JobHarness.h"
+#include "support/TestEnvironment.h"
+
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 
 #include <qpdf/QPDF.hh>
@@ -16,54 +21,17 @@ namespace wendrel::test {
 
 namespace {
 
-QPDFObjectHandle pageObject(QPDF& pdf, const TestPage& page, int number, const QPDFObjectHandle& font)
+QPDFObjectHandle pageObject(QPDF& pdf, const TestPage& page, int number, const std::string& font,
+                            const QPDFObjectHandle& resources)
 {
     const QString text = page.text.isEmpty() ? QStringLiteral("Page %1").arg(number) : page.text;
-    const std::string content = "BT /F1 24 Tf 72 72 Td (" + text.toStdString() + ") Tj ET\n";
-    QPDFObjectHandle contents = QPDFObjectHandle::newStream(&pdf, content);
-
-    QPDFObjectHandle resources = QPDFObjectHandle::newDictionary();
-    QPDFObjectHandle fonts = QPDFObjectHandle::newDictionary();
-    fonts.replaceKey("/F1", font);
-    resources.replaceKey("/Font", fonts);
-
-    QPDFObjectHandle dictionary = QPDFObjectHandle::newDictionary();
-    dictionary.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
+    QPDFObjectHandle dictionary = QPDFObjectHandle::parse("<< /Type /Page >>");
     dictionary.replaceKey("/MediaBox", QPDFObjectHandle::newArray(QPDFObjectHandle::Rectangle(0, 0, page.width, page.height)));
-    dictionary.replaceKey("/Contents", contents);
+    dictionary.replaceKey("/Contents", QPDFObjectHandle::newStream(&pdf, "BT " + font + " 24 Tf 72 72 Td (" + text.toStdString() + ") Tj ET\n"));
     dictionary.replaceKey("/Resources", resources);
     if (page.rotate != 0)
         dictionary.replaceKey("/Rotate", QPDFObjectHandle::newInteger(page.rotate));
     return pdf.makeIndirectObject(dictionary);
-}
-
-void addOutlines(QPDF& pdf, const QStringList& titles)
-{
-    const std::vector<QPDFObjectHandle> pages = pdf.getAllPages();
-    QPDFObjectHandle outlines = pdf.makeIndirectObject(QPDFObjectHandle::newDictionary());
-    outlines.replaceKey("/Type", QPDFObjectHandle::newName("/Outlines"));
-    QPDFObjectHandle previous;
-    QPDFObjectHandle first;
-    for (int i = 0; i < titles.size(); ++i) {
-        QPDFObjectHandle item = pdf.makeIndirectObject(QPDFObjectHandle::newDictionary());
-        item.replaceKey("/Title", QPDFObjectHandle::newUnicodeString(titles[i].toStdString()));
-        item.replaceKey("/Parent", outlines);
-        QPDFObjectHandle destination = QPDFObjectHandle::newArray();
-        destination.appendItem(pages[size_t(i) % pages.size()]);
-        destination.appendItem(QPDFObjectHandle::newName("/Fit"));
-        item.replaceKey("/Dest", destination);
-        if (previous.isInitialized()) {
-            previous.replaceKey("/Next", item);
-            item.replaceKey("/Prev", previous);
-        } else {
-            first = item;
-        }
-        previous = item;
-    }
-    outlines.replaceKey("/First", first);
-    outlines.replaceKey("/Last", previous);
-    outlines.replaceKey("/Count", QPDFObjectHandle::newInteger(titles.size()));
-    pdf.getRoot().replaceKey("/Outlines", outlines);
 }
 
 QPDFObjectHandle destination(QPDF& pdf, const TestTarget& target)
@@ -131,19 +99,9 @@ void addNavigation(QPDF& pdf, const TestPdf& document)
         pdf.getRoot().replaceKey("/PageLabels", QPDFObjectHandle::parse("<< /Nums [" + document.pageLabels.toStdString() + "] >>"));
 }
 
-QString runTool(const QString& program, const QStringList& arguments, bool* succeeded = nullptr)
-{
-    QProcess process;
-    process.start(program, arguments);
-    const bool finished = process.waitForFinished(120'000);
-    if (succeeded)
-        *succeeded = finished && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
 QJsonArray qpdfJson(const QString& path, const QString& key)
 {
-    const QString json = runTool(QStringLiteral("qpdf"), {QStringLiteral("--json"), QStringLiteral("--json-key=") + key, path});
+    const QString json = toolOutput(QStringLiteral("qpdf"), {QStringLiteral("--json"), QStringLiteral("--json-key=") + key, path});
     return QJsonDocument::fromJson(json.toUtf8()).object().value(key).toArray();
 }
 
@@ -163,34 +121,46 @@ QString outlineText(const QJsonArray& items)
     return parts.join(u", ");
 }
 
-}  // namespace
-
-TestPdf pagesOfText(int count)
+// pdfinfo's line about `what` for every page, "Page    3 rot:  90".
+QRegularExpressionMatchIterator pdfinfoPageLines(const QString& path, const char* what)
 {
-    TestPdf pdf;
-    pdf.pages.clear();
-    for (int i = 0; i < count; ++i)
-        pdf.pages.append(TestPage{});
-    return pdf;
+    const QString info = toolOutput(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"), QStringLiteral("-l"),
+                                                                QStringLiteral("100000"), path});
+    return QRegularExpression(QStringLiteral("^Page +\\d+ ") + QString::fromLatin1(what), QRegularExpression::MultilineOption)
+        .globalMatch(info);
 }
 
-QString writeTestPdf(const QString& path, const TestPdf& spec)
+}  // namespace
+
+TestPdf pagesOfText(int count) { return {.pages = QList<TestPage>(count)}; }
+
+QString writeTestPdf(const QString& path, const TestPdf& document)
 {
     QPDF pdf;
     pdf.emptyPDF();
-    QPDFObjectHandle font = pdf.makeIndirectObject(QPDFObjectHandle::parse(
-        "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding /WinAnsiEncoding >>"));
+    QPDFObjectHandle shared = pdf.makeIndirectObject(QPDFObjectHandle::parse("<< /Font << >> >>"));
+    std::map<QString, QPDFObjectHandle> fonts;  // one object per face, however many pages use it
     QPDFPageDocumentHelper pages(pdf);
-    for (int i = 0; i < spec.pages.size(); ++i)
-        pages.addPage(QPDFPageObjectHelper(pageObject(pdf, spec.pages[i], i + 1, font)), false);
-    if (!spec.outlineTitles.isEmpty())
-        addOutlines(pdf, spec.outlineTitles);
-    addNavigation(pdf, spec);
+    for (int i = 0; i < document.pages.size(); ++i) {
+        const TestPage& page = document.pages[i];
+        QPDFObjectHandle& font = fonts[page.font];
+        if (!font.isInitialized()) {
+            font = pdf.makeIndirectObject(QPDFObjectHandle::parse(
+                "<< /Type /Font /Subtype /Type1 /BaseFont /" + page.font.toStdString() + " /Encoding /WinAnsiEncoding >>"));
+        }
+        const std::string key = document.sharedResources ? "/F" + std::to_string(i + 1) : "/F1";
+        QPDFObjectHandle resources = document.sharedResources ? shared : QPDFObjectHandle::parse("<< /Font << >> >>");
+        resources.getKey("/Font").replaceKey(key, font);
+        pages.addPage(QPDFPageObjectHelper(pageObject(pdf, page, i + 1, key, resources)), false);
+    }
+    addNavigation(pdf, document);
+    if (document.treeRotate != 0)
+        pdf.getRoot().getKey("/Pages").replaceKey("/Rotate", QPDFObjectHandle::newInteger(document.treeRotate));
 
     const QByteArray fileName = QFile::encodeName(path);
     QPDFWriter writer(pdf, fileName.constData());
-    if (spec.userPassword) {
-        const std::string password = spec.userPassword->toStdString();
+    if (document.userPassword) {
+        const std::string password = document.userPassword->toStdString();
         writer.setR6EncryptionParameters(password.c_str(), password.c_str(), true, true, true, true, true, true,
                                          qpdf_r3p_full, true);
     }
@@ -200,42 +170,35 @@ QString writeTestPdf(const QString& path, const TestPdf& spec)
 
 bool qpdfCheckPasses(const QString& path, const QString& password)
 {
-    QStringList arguments{QStringLiteral("--check"), path};
-    if (!password.isEmpty())
-        arguments.prepend(QStringLiteral("--password=") + password);
-    bool succeeded = false;
-    runTool(QStringLiteral("qpdf"), arguments, &succeeded);
-    return succeeded;
+    return runTool(QStringLiteral("qpdf"), {QStringLiteral("--check"), QStringLiteral("--password=") + password, path});
 }
 
 QString pdfToText(const QString& path, const QString& password)
 {
-    QStringList arguments{path, QStringLiteral("-")};
-    if (!password.isEmpty())
-        arguments = QStringList{QStringLiteral("-upw"), password} + arguments;
-    return runTool(QStringLiteral("pdftotext"), arguments);
+    return toolOutput(QStringLiteral("pdftotext"), {QStringLiteral("-upw"), password, path, QStringLiteral("-")});
 }
 
 int pdfPageCount(const QString& path)
 {
-    bool succeeded = false;
-    const QString info = runTool(QStringLiteral("pdfinfo"), {path}, &succeeded);
-    const QRegularExpressionMatch match = QRegularExpression(QStringLiteral("^Pages:\\s+(\\d+)"),
-                                                             QRegularExpression::MultilineOption)
-                                              .match(info);
-    return succeeded && match.hasMatch() ? match.captured(1).toInt() : -1;
+    const QRegularExpressionMatch match = QRegularExpression(QStringLiteral("^Pages:\\s+(\\d+)"), QRegularExpression::MultilineOption)
+                                              .match(toolOutput(QStringLiteral("pdfinfo"), {path}));
+    return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
 QList<QSizeF> pdfPageSizes(const QString& path)
 {
-    const QString info = runTool(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"),
-                                                              QStringLiteral("-l"), QStringLiteral("100000"), path});
     QList<QSizeF> sizes;
-    static const QRegularExpression size(QStringLiteral("^Page +\\d+ size: +([\\d.]+) x ([\\d.]+) pts"),
-                                         QRegularExpression::MultilineOption);
-    for (const QRegularExpressionMatch& match : size.globalMatch(info))
+    for (const QRegularExpressionMatch& match : pdfinfoPageLines(path, "size: +([\\d.]+) x ([\\d.]+) pts"))
         sizes.append(QSizeF(match.captured(1).toDouble(), match.captured(2).toDouble()));
     return sizes;
+}
+
+QList<int> pdfPageRotations(const QString& path)
+{
+    QList<int> rotations;
+    for (const QRegularExpressionMatch& match : pdfinfoPageLines(path, "rot: +(-?\\d+)"))
+        rotations.append(match.captured(1).toInt());
+    return rotations;
 }
 
 QString pdfOutline(const QString& path) { return outlineText(qpdfJson(path, QStringLiteral("outlines"))); }
@@ -251,6 +214,28 @@ QStringList pdfPageLabels(const QString& path)
                                             + QString::number(label[u"/St"].toInt(1)));
     }
     return labels;
+}
+
+void PdfEntryTest::SetUp()
+{
+    QFile::remove(SettingsStore::filePath());
+    registerImagingOperations(catalog);
+}
+
+void PdfEntryTest::TearDown()
+{
+    QFile::remove(SettingsStore::filePath());
+    EXPECT_TRUE(leftoverScratchFolders().isEmpty());
+}
+
+JobReport PdfEntryTest::run(const char* id, const QString& file, const QJsonObject& answers)
+{
+    const FileOperationPtr entry = catalog.find(QString::fromUtf8(id));
+    if (!entry) {
+        ADD_FAILURE() << "no entry " << id;
+        return {};
+    }
+    return runJob(runner, JobRequest{.operation = entry, .paths = {file}, .answers = answers});
 }
 
 }  // namespace wendrel::test
