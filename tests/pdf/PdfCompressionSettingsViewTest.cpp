@@ -14,25 +14,22 @@ using namespace wendrel;
 
 namespace {
 
-QStringList choiceTitles(const PromptField& field)
+// What a person sees of the sheet while the answers are `answers`, top to bottom: each shown
+// field's label, then its choices, unit or caption.
+QStringList shownFields(const PromptRequest& request, const QJsonObject& answers)
 {
-    QStringList titles;
-    for (const PromptChoice& choice : field.choices)
-        titles.append(choice.title);
-    return titles;
-}
-
-// The labels of the fields a person sees while the mode is `mode`, top to bottom.
-QStringList shownLabels(const PromptRequest& request, const char* mode)
-{
-    QJsonObject answers = request.startingAnswers();
-    answers.insert(QStringLiteral("mode"), QString::fromUtf8(mode));
-    QStringList labels;
+    QStringList lines;
     for (const PromptField& field : request.fields) {
-        if (request.isShown(field, answers))
-            labels.append(field.label);
+        if (!request.isShown(field, answers))
+            continue;
+        QStringList parts;
+        for (const PromptChoice& choice : field.choices)
+            parts.append(choice.title);
+        parts += QStringList{field.unit, captionFor(field, answers.value(field.key))};
+        parts.removeAll(QString());
+        lines.append(field.label + QStringLiteral(": ") + parts.join(QStringLiteral(" | ")));
     }
-    return labels;
+    return lines;
 }
 
 class PdfCompressionSettingsViewTest : public ::testing::Test {
@@ -40,44 +37,29 @@ protected:
     void SetUp() override { QFile::remove(SettingsStore::filePath()); }
     void TearDown() override { QFile::remove(SettingsStore::filePath()); }
 
-    const PromptField& field(const char* key) const { return *view.field(QString::fromUtf8(key)); }
-
     PromptRequest view = pdfCompressionSettingsView(PDFCompressionSettings{}, 1);
 };
 
 TEST_F(PdfCompressionSettingsViewTest, EachModeShowsItsOwnTargetAndTheToggleExplainsItself)
 {
-    for (const auto& [mode, target] : {std::pair{"quality", "Quality"}, {"targetSize", "Size"}})
-        EXPECT_EQ(shownLabels(view, mode), (QStringList{QStringLiteral("Mode"), QString::fromUtf8(target),
-                                                        QStringLiteral("Save pages as images")}))
-            << mode;
-    EXPECT_EQ(field("mode").choiceStyle, PromptField::ChoiceStyle::segmented);
-    EXPECT_EQ(choiceTitles(field("mode")), (QStringList{QStringLiteral("By quality"), QStringLiteral("To file size")}));
-    EXPECT_EQ(choiceTitles(field("quality")),
-              (QStringList{QStringLiteral("High"), QStringLiteral("Balanced"), QStringLiteral("Small")}));
-    EXPECT_EQ(field("targetMB").unit, u"MB or less");
-
+    const QString mode = QStringLiteral("Mode: By quality | To file size");
     const struct {
-        bool on;
-        const char* caption;
-    } captions[] = {
-        {false, "Compresses the pictures inside the PDF. Text stays selectable."},
-        {true, "Strongest compression for scans. Text will no longer be selectable or searchable."},
+        PDFCompressionSettings settings;
+        QStringList shown;
+    } cases[] = {
+        {{}, {mode, QStringLiteral("Quality: High | Balanced | Small"),
+              QStringLiteral("Save pages as images: Compresses the pictures inside the PDF. Text stays selectable.")}},
+        {{.mode = PDFCompressionSettings::Mode::targetSize, .rasterize = true},
+         {mode, QStringLiteral("Size: MB or less"),
+          QStringLiteral("Save pages as images: Strongest compression for scans. Text will no longer be selectable or searchable.")}},
     };
-    for (const auto& caption : captions)
-        EXPECT_EQ(captionFor(field("rasterize"), caption.on), QString::fromUtf8(caption.caption));
-
-    const struct {
-        qsizetype files;
-        const char* message;
-    } messages[] = {{1, "Compress PDF"}, {3, "Compress 3 PDFs"}};
-    for (const auto& message : messages) {
-        const PromptRequest request = pdfCompressionSettingsView(PDFCompressionSettings{}, message.files);
-        EXPECT_EQ(request.message, QString::fromUtf8(message.message));
-        EXPECT_EQ(request.title, u"Compress");
-        EXPECT_EQ(request.confirmText, u"Compress");
-        EXPECT_EQ(request.cancelText, u"Cancel");
-    }
+    for (const auto& testCase : cases)
+        EXPECT_EQ(shownFields(view, testCase.settings.toJson()), testCase.shown) << testCase.shown[1].toStdString();
+    EXPECT_EQ(view.field(QStringLiteral("mode"))->choiceStyle, PromptField::ChoiceStyle::segmented);
+    EXPECT_EQ(view.message, u"Compress PDF");
+    EXPECT_EQ(view.title, u"Compress");
+    EXPECT_EQ(view.confirmText, u"Compress");
+    EXPECT_EQ(view.cancelText, u"Cancel");
 }
 
 // The command line answers with the same fields: --mode, --quality, --target-mb, --rasterize.

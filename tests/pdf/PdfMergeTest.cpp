@@ -1,6 +1,7 @@
 #include "imaging/VipsRuntime.h"
 #include "imaging/pdf/PdfOperations.h"
 
+#include "PicturePdfs.h"
 #include "TestPdfs.h"
 #include "operations/JobRunner.h"
 #include "operations/OperationCatalog.h"
@@ -11,7 +12,6 @@
 
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFOutlineDocumentHelper.hh>
-#include <qpdf/QPDFWriter.hh>
 #include <vips/vips8>
 
 #include <gtest/gtest.h>
@@ -58,15 +58,6 @@ protected:
     JobRunner runner;
 };
 
-TestPdf textPages(const QStringList& texts)
-{
-    TestPdf document;
-    document.pages.clear();
-    for (const QString& text : texts)
-        document.pages.append(TestPage{.text = text});
-    return document;
-}
-
 QStringList pageTexts(const QString& file)
 {
     QStringList pages = pdfToText(file).split(u'\f');
@@ -78,8 +69,8 @@ QStringList pageTexts(const QString& file)
 
 TEST_F(PdfMergeTest, JoinsPagesAndPicturesInDropOrder)
 {
-    const QString alpha = pdf("Alpha.pdf", textPages({QStringLiteral("Alpha one"), QStringLiteral("Alpha two")}));
-    const QString beta = pdf("Beta.pdf", textPages({QStringLiteral("Beta")}));
+    const QString alpha = pdf("Alpha.pdf", {.pages = {{.text = u"Alpha one"_s}, {.text = u"Alpha two"_s}}});
+    const QString beta = pdf("Beta.pdf", {.pages = {{.text = u"Beta"_s}}});
     const QString photo = picture("Photo.jpg", 4000, 3000);
     const QString small = picture("Small.png", 300, 200);
     const QSizeF letter(612, 792);
@@ -100,56 +91,26 @@ TEST_F(PdfMergeTest, JoinsPagesAndPicturesInDropOrder)
         EXPECT_EQ(result, path(testCase.name));
         EXPECT_EQ(pageTexts(result), testCase.texts) << testCase.name.toStdString();
         EXPECT_EQ(pdfPageSizes(result), testCase.sizes) << testCase.name.toStdString();
+        // No source has page labels: none are made up.
+        EXPECT_EQ(pdfPageLabels(result), QStringList(testCase.texts.size(), QStringLiteral("-")));
     }
 }
 
 TEST_F(PdfMergeTest, RefusesWhatItCannotMergeAndWritesNothing)
 {
     const QString alpha = pdf("Alpha.pdf", pagesOfText(2));
-    const QString locked = pdf("Locked.pdf", {.userPassword = QStringLiteral("secret")});
-    writeFile(path(QStringLiteral("Torn.pdf")), readFile(alpha).left(60));
     writeFile(path(QStringLiteral("Torn.png")), "not a picture");
+    QList<std::pair<QStringList, QString>> cases{{{alpha}, QStringLiteral("Drop two or more files to merge")},
+                                                 {{alpha, path(QStringLiteral("Torn.png"))}, QStringLiteral("Can't read this image")}};
+    for (const BadPdf& bad : writeBadPdfs(folder.path()))
+        cases.append({{alpha, bad.path, alpha}, bad.message});
     const QStringList before = folderEntries(folder.path());
-
-    const struct {
-        QStringList files;
-        QString message;
-    } cases[] = {
-        {{alpha}, QStringLiteral("Drop two or more files to merge")},
-        {{alpha, locked, alpha}, QStringLiteral("This PDF is password-protected")},
-        {{alpha, path(QStringLiteral("Torn.pdf"))}, QStringLiteral("Can't open this PDF")},
-        {{alpha, path(QStringLiteral("Torn.png"))}, QStringLiteral("Can't read this image")},
-    };
-    for (const auto& testCase : cases) {
-        const JobReport report = merge(testCase.files);
-        EXPECT_FALSE(report.succeeded);
-        EXPECT_EQ(report.message, testCase.message);
+    for (const auto& [files, message] : cases) {
+        const JobReport report = merge(files);
+        EXPECT_FALSE(report.succeeded) << files.join(u' ').toStdString();
+        EXPECT_EQ(report.message, message) << files.join(u' ').toStdString();
     }
     EXPECT_EQ(folderEntries(folder.path()), before);
-}
-
-TEST_F(PdfMergeTest, EachSourceBookmarksGoUnderAnEntryNamedAfterIt)
-{
-    TestPdf guide = pagesOfText(3);
-    guide.bookmarks = {
-        {.title = QStringLiteral("Intro"), .target = {0}},
-        {.title = QStringLiteral("Part"), .target = {1}, .children = {{.title = QStringLiteral("Détails 日本"), .target = {2}}}},
-        {.title = QStringLiteral("Appendix"), .target = {2}, .children = {{.title = QStringLiteral("Table"), .target = {1}}},
-         .open = false},
-    };
-    const QString guideFile = pdf("Guide.pdf", guide);
-    const QString plain = pdf("Plain.pdf", pagesOfText(1));
-    const QString photo = picture("Photo.png", 40, 30);
-
-    const QString result = merged({plain, guideFile, photo, guideFile});
-    EXPECT_EQ(pdfOutline(result), u"Plain:1, "
-                                  u"Guide:2[Intro:2, Part:3[Détails 日本:4], Appendix:4{Table:3}], "
-                                  u"Photo:5, "
-                                  u"Guide:6[Intro:6, Part:7[Détails 日本:8], Appendix:8{Table:7}]"_s);
-    // Every item shows but what each closed Appendix holds: 1 + 5 + 1 + 5.
-    QPDF merged;
-    merged.processFile(result.toUtf8().constData());
-    EXPECT_EQ(merged.getRoot().getKey("/Outlines").getKey("/Count").getIntValue(), 12);
 }
 
 // The page, from 0, a link annotation or bookmark goes to.
@@ -168,32 +129,49 @@ int targetPage(QPDF& pdf, QPDFObjectHandle holder)
     return -1;
 }
 
-TEST_F(PdfMergeTest, LinksAndNamedDestinationsStillGoToTheirPages)
+// Each source's bookmarks go under an entry named after it, closed items staying closed; its
+// links, named destinations and page labels move with its pages. A name an earlier source
+// used is renamed, never onto another name of the same source ("intro" and "intro-2" both
+// clash in the Guide's copies), and links and bookmarks by name follow the renames.
+TEST_F(PdfMergeTest, BookmarksLinksNamesAndPageLabelsMoveWithTheirPages)
 {
-    TestPdf one = pagesOfText(3);
-    one.namedDestinations = {{QStringLiteral("intro"), 2}};
-    one.links = {{.fromPage = 0, .target = {2}}, {.fromPage = 1, .target = {.name = QStringLiteral("intro")}}};
-    one.bookmarks = {{.title = QStringLiteral("By name"), .target = {.name = QStringLiteral("intro")}}};
-    TestPdf two = pagesOfText(2);
-    two.namedDestinations = {{QStringLiteral("intro"), 1}, {QStringLiteral("intro-2"), 0}};
-    two.links = {{.fromPage = 0, .target = {.name = QStringLiteral("intro")}},
-                 {.fromPage = 1, .target = {.name = QStringLiteral("intro-2")}}};
-    two.bookmarks = {{.title = QStringLiteral("By name"), .target = {.name = QStringLiteral("intro")}}};
+    TestPdf notes = pagesOfText(1);
+    notes.namedDestinations = {{QStringLiteral("intro"), 0}};
+    notes.links = {{.fromPage = 0, .target = {.name = QStringLiteral("intro")}}};
+    TestPdf guide = pagesOfText(4);
+    guide.bookmarks = {
+        {.title = QStringLiteral("Intro"), .target = {0}},
+        {.title = QStringLiteral("Part"), .target = {1}, .children = {{.title = QStringLiteral("Détails 日本"), .target = {2}}}},
+        {.title = QStringLiteral("Appendix"), .target = {2}, .children = {{.title = QStringLiteral("Table"), .target = {1}}},
+         .open = false},
+        {.title = QStringLiteral("By name"), .target = {.name = QStringLiteral("intro")}},
+    };
+    guide.namedDestinations = {{QStringLiteral("intro"), 2}, {QStringLiteral("intro-2"), 0}};
+    guide.links = {{.fromPage = 0, .target = {2}},
+                   {.fromPage = 1, .target = {.name = QStringLiteral("intro")}},
+                   {.fromPage = 2, .target = {.name = QStringLiteral("intro-2")}}};
+    guide.pageLabels = QStringLiteral("0 << /S /r >> 2 << /S /D /P (A-) >>");
+    const QString guideFile = pdf("Guide.pdf", guide);
 
-    const QString result = merged({pdf("One.pdf", one), pdf("Two.pdf", two)});
+    const QString result = merged({pdf("Notes.pdf", notes), guideFile, picture("Photo.png", 40, 30), guideFile});
+    EXPECT_EQ(pdfOutline(result), u"Notes:1, "
+                                  u"Guide:2[Intro:2, Part:3[Détails 日本:4], Appendix:4{Table:3}, By name:4], "
+                                  u"Photo:6, "
+                                  u"Guide:7[Intro:7, Part:8[Détails 日本:9], Appendix:9{Table:8}, By name:9]"_s);
+    EXPECT_EQ(pdfPageLabels(result).join(u' '), u"D1 r1 r2 DA-1 DA-2 D6 r1 r2 DA-1 DA-2"_s);
     QPDF merged;
     merged.processFile(result.toUtf8().constData());
+    // Every item shows but what each closed Appendix holds: 1 + 6 + 1 + 6.
+    EXPECT_EQ(merged.getRoot().getKey("/Outlines").getKey("/Count").getIntValue(), 14);
     const struct {
         int fromPage;
         int toPage;
-    } links[] = {{0, 2}, {1, 2}, {3, 4}, {4, 3}};
+    } links[] = {{0, 0}, {1, 3}, {2, 3}, {3, 1}, {6, 8}, {7, 8}, {8, 6}};
     for (const auto& link : links) {
-        QPDFObjectHandle page = merged.getAllPages().at(size_t(link.fromPage));
-        QPDFObjectHandle annotations = page.getKey("/Annots");
+        QPDFObjectHandle annotations = merged.getAllPages().at(size_t(link.fromPage)).getKey("/Annots");
         ASSERT_TRUE(annotations.isArray()) << link.fromPage;
         EXPECT_EQ(targetPage(merged, annotations.getArrayItem(0)), link.toPage) << "link on page " << link.fromPage;
     }
-    EXPECT_EQ(pdfOutline(result), u"One:1[By name:3], Two:4[By name:5]"_s);
 }
 
 // Loops a damaged or hostile file may hold, where each would send a naive reader round forever.
@@ -218,37 +196,15 @@ TEST_F(PdfMergeTest, LoopsInBookmarksNamesAndActionsEndTheReadingNotTheMerge)
     action.replaceKey("/Next", action);                      // an action that follows itself
     link.removeKey("/Dest");
     link.replaceKey("/A", action);
-    const QByteArray loopedPath = path(QStringLiteral("Loops.pdf")).toUtf8();
-    QPDFWriter writer(looped, loopedPath.constData());
-    writer.write();
+    const QString loops = writeQpdf(looped, path(QStringLiteral("Loops.pdf")));
 
     // Twice, so the second copy's names collide and its actions are rewritten.
-    const QString result = merged({path(QStringLiteral("Loops.pdf")), path(QStringLiteral("Loops.pdf"))});
+    const QString result = merged({loops, loops});
     EXPECT_EQ(pdfOutline(result), u"Loops:1[A:1, B:2], Loops:3[A:3, B:4]"_s);
     QPDF merged;
     merged.processFile(result.toUtf8().constData());
     QPDFObjectHandle secondPage = merged.getAllPages().at(2);
     EXPECT_EQ(secondPage.getKey("/Annots").getArrayItem(0).getKey("/A").getKey("/D").getUTF8Value(), "x-2");
-}
-
-TEST_F(PdfMergeTest, PageLabelsMoveWithTheirPages)
-{
-    TestPdf book = pagesOfText(4);
-    book.pageLabels = QStringLiteral("0 << /S /r >> 2 << /S /D /P (A-) >>");
-    const QString bookFile = pdf("Book.pdf", book);
-    const QString plain = pdf("Plain.pdf", pagesOfText(1));
-    const QString photo = picture("Photo.png", 40, 30);
-
-    const struct {
-        QStringList files;
-        QString labels;
-    } cases[] = {
-        {{plain, bookFile, photo, plain}, u"D1 r1 r2 DA-1 DA-2 D6 D7"_s},
-        {{bookFile, bookFile}, u"r1 r2 DA-1 DA-2 r1 r2 DA-1 DA-2"_s},
-        {{plain, photo}, u"- -"_s},  // no source has labels: none are made up
-    };
-    for (const auto& testCase : cases)
-        EXPECT_EQ(pdfPageLabels(merged(testCase.files)).join(u' '), testCase.labels) << testCase.labels.toStdString();
 }
 
 }  // namespace

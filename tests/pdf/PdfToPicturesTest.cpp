@@ -1,6 +1,6 @@
 #include "imaging/pdf/PdfToPictures.h"
 
-#include "MarkedPdfs.h"
+#include "PicturePdfs.h"
 #include "TestPdfs.h"
 #include "operations/JobRunner.h"
 #include "operations/OperationCatalog.h"
@@ -57,61 +57,49 @@ protected:
     JobRunner runner;
 };
 
-// What libvips' loaders make of a written picture: its loader, then its size.
-QString describe(const QString& file)
+// A written picture decoded back, and what libvips' loader made of it: "pngload 1200x600".
+QString describe(const VImage& picture)
 {
-    const VImage image = VImage::new_from_file(QFile::encodeName(file).constData());
-    return QStringLiteral("%1 %2x%3").arg(QString::fromUtf8(image.get_string("vips-loader")))
-        .arg(image.width())
-        .arg(image.height());
+    return QStringLiteral("%1 %2x%3").arg(QString::fromUtf8(picture.get_string("vips-loader"))).arg(picture.width()).arg(picture.height());
 }
 
-TEST_F(PdfToPicturesTest, OnePageGivesOnePictureBesideTheDocument)
-{
-    const QString pdf = writeMarkedPdf(path(QStringLiteral("Flyer.pdf")), {.pages = {{{0, 0, 288, 144}}}});
-    const struct {
-        const char* id;
-        const char* name;
-        const char* described;
-    } cases[] = {{"pdf.png", "Flyer.png", "pngload 1200x600"}, {"pdf.jpg", "Flyer.jpg", "jpegload 1200x600"}};
-    for (const auto& c : cases) {
-        const JobReport report = run(c.id, pdf);
-        ASSERT_TRUE(report.succeeded) << c.id << ": " << report.message.toStdString();
-        ASSERT_EQ(report.results, QStringList{path(QString::fromUtf8(c.name))});
-        EXPECT_EQ(describe(report.results.first()), QString::fromUtf8(c.described));
-        // Decoded back: the red mark where the page has it, white across from it.
-        const VImage picture = VImage::new_from_file(QFile::encodeName(report.results.first()).constData());
-        const std::vector<double> mark = picture.getpoint(30, 570), blank = picture.getpoint(1170, 30);
-        EXPECT_GT(mark[0], 200);
-        EXPECT_LT(mark[1], 60);
-        EXPECT_GT(blank[0] + blank[1] + blank[2], 3 * 250);
-        EXPECT_NEAR(picture.xres() * 25.4, 300, 1);
-    }
-}
+VImage opened(const QString& file) { return VImage::new_from_file(QFile::encodeName(file).constData()); }
 
-TEST_F(PdfToPicturesTest, SeveralPagesGoIntoAFolderNamedAfterTheDocument)
+// One page gives one picture beside the document, several a folder named after it holding a
+// picture per page: each page at 300 per inch, turned as it is seen, its marks and text where
+// the page has them. Nothing else is left beside the document.
+TEST_F(PdfToPicturesTest, PagesBecomePicturesBesideTheDocument)
 {
+    const QString flyer = writeMarkedPdf(path(QStringLiteral("Flyer.pdf")), {.pages = {{{0, 0, 288, 144}}}});
     TestPdf spec = pagesOfText(3);
     spec.pages[1].rotate = 90;
-    const QString pdf = writeTestPdf(path(QStringLiteral("Report.pdf")), spec);
+    const QString report = writeTestPdf(path(QStringLiteral("Report.pdf")), spec);
     const QStringList before = folderEntries(folder.path());
-    for (const char* id : {"pdf.jpg", "pdf.png"}) {
-        const JobReport report = run(id, pdf);
-        ASSERT_TRUE(report.succeeded) << id << ": " << report.message.toStdString();
-        const QString pages = path(QStringLiteral("Report"));
-        ASSERT_EQ(report.results, QStringList{pages});
-        const QString extension = QString::fromUtf8(id).section(u'.', 1);
-        const QString loader = extension == u"jpg" ? QStringLiteral("jpegload") : QStringLiteral("pngload");
-        EXPECT_EQ(folderEntries(pages), QStringList({QStringLiteral("Page 001."), QStringLiteral("Page 002."),
-                                                     QStringLiteral("Page 003.")})
-                                            .replaceInStrings(QStringLiteral("."), QStringLiteral(".") + extension));
-        const auto picture = [&](const char* name) { return QDir(pages).filePath(QString::fromUtf8(name) + extension); };
-        EXPECT_EQ(describe(picture("Page 001.")), loader + QStringLiteral(" 2550x3300"));
-        EXPECT_EQ(describe(picture("Page 002.")), loader + QStringLiteral(" 3300x2550"));
-        // The page's text is drawn: dark pixels where "Page 3" is written, an inch from the
-        // lower-left corner.
-        const VImage third = VImage::new_from_file(QFile::encodeName(picture("Page 003.")).constData());
-        EXPECT_LT(third.crop(300, 2700, 600, 300).min(), 100);
+    for (const QString extension : {QStringLiteral("jpg"), QStringLiteral("png")}) {
+        const QByteArray id = "pdf." + extension.toUtf8();
+        const QString loader = extension == u"jpg" ? QStringLiteral("jpegload ") : QStringLiteral("pngload ");
+        const JobReport one = run(id.constData(), flyer);
+        ASSERT_TRUE(one.succeeded) << id.constData() << ": " << one.message.toStdString();
+        ASSERT_EQ(one.results, QStringList{path(QStringLiteral("Flyer.") + extension)});
+        const VImage picture = opened(one.results.first());
+        EXPECT_EQ(describe(picture), loader + QStringLiteral("1200x600"));
+        EXPECT_NEAR(picture.xres() * 25.4, 300, 1);
+        const std::vector<double> mark = picture.getpoint(30, 570), blank = picture.getpoint(1170, 30);
+        EXPECT_TRUE(mark[0] > 200 && mark[1] < 60) << id.constData();
+        EXPECT_GT(blank[0] + blank[1] + blank[2], 3 * 250) << id.constData();
+
+        const JobReport several = run(id.constData(), report);
+        ASSERT_TRUE(several.succeeded) << id.constData() << ": " << several.message.toStdString();
+        const QDir pages(path(QStringLiteral("Report")));
+        ASSERT_EQ(several.results, QStringList{pages.path()});
+        const QStringList names = QStringList{QStringLiteral("Page 001."), QStringLiteral("Page 002."), QStringLiteral("Page 003.")}
+                                      .replaceInStrings(QStringLiteral("."), QStringLiteral(".") + extension);
+        EXPECT_EQ(folderEntries(pages.path()), names);
+        EXPECT_EQ(describe(opened(pages.filePath(names[0]))), loader + QStringLiteral("2550x3300"));
+        EXPECT_EQ(describe(opened(pages.filePath(names[1]))), loader + QStringLiteral("3300x2550"));
+        // Dark pixels where "Page 3" is written, an inch from the lower-left corner.
+        EXPECT_LT(opened(pages.filePath(names[2])).crop(300, 2700, 600, 300).min(), 100);
+        QFile::remove(one.results.first());
         QDir(pages).removeRecursively();
     }
     EXPECT_EQ(folderEntries(folder.path()), before);
@@ -119,32 +107,16 @@ TEST_F(PdfToPicturesTest, SeveralPagesGoIntoAFolderNamedAfterTheDocument)
 
 TEST_F(PdfToPicturesTest, BadDocumentsFailWithTheirMessageAndLeaveNothing)
 {
-    const QByteArray whole = readFile(writeTestPdf(path(QStringLiteral("whole.pdf")), pagesOfText(3)));
-    writeFile(path(QStringLiteral("truncated.pdf")), whole.left(whole.size() / 3));
-    writeTestPdf(path(QStringLiteral("locked.pdf")), {.userPassword = QStringLiteral("secret")});
-    void* jpeg = nullptr;
-    size_t jpegSize = 0;
-    VImage::black(16, 16).write_to_buffer(".jpg", &jpeg, &jpegSize);
-    writeFile(path(QStringLiteral("photo.pdf")), QByteArray(static_cast<const char*>(jpeg), qsizetype(jpegSize)));
-    g_free(jpeg);
-    writeMarkedPdf(path(QStringLiteral("wall.pdf")), {.pages = {{}, {{0, 0, 14400, 14400}}}});
-
+    QList<BadPdf> cases = writeBadPdfs(folder.path());
+    cases.append({writeMarkedPdf(path(QStringLiteral("Wall.pdf")), {.pages = {{}, {{0, 0, 14400, 14400}}}}), QStringLiteral("Page is too large")});
     const QStringList before = folderEntries(folder.path());
-    const struct {
-        const char* file;
-        const char* message;
-    } cases[] = {{"truncated.pdf", "Can't open this PDF"},
-                 {"locked.pdf", "This PDF is password-protected"},
-                 {"photo.pdf", "Can't open this PDF"},
-                 {"wall.pdf", "Page is too large"}};
     for (const char* id : {"pdf.jpg", "pdf.png"}) {
-        for (const auto& c : cases) {
-            const QString file = path(QString::fromUtf8(c.file));
-            const QByteArray original = readFile(file);
-            const JobReport report = run(id, file);
-            EXPECT_FALSE(report.succeeded) << id << " " << c.file;
-            EXPECT_EQ(report.message, QString::fromUtf8(c.message)) << id << " " << c.file;
-            EXPECT_EQ(readFile(file), original) << c.file;
+        for (const BadPdf& bad : cases) {
+            const QByteArray original = readFile(bad.path);
+            const JobReport report = run(id, bad.path);
+            EXPECT_FALSE(report.succeeded) << id << " " << bad.path.toStdString();
+            EXPECT_EQ(report.message, bad.message) << id << " " << bad.path.toStdString();
+            EXPECT_EQ(readFile(bad.path), original) << bad.path.toStdString();
         }
     }
     EXPECT_EQ(folderEntries(folder.path()), before);

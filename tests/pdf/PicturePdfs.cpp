@@ -1,7 +1,10 @@
 #include "PicturePdfs.h"
 
+#include "TestPdfs.h"
 #include "imaging/TestPictures.h"
+#include "support/TestEnvironment.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -9,8 +12,6 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFWriter.hh>
-
-#include <zlib.h>
 
 namespace wendrel::test {
 
@@ -25,45 +26,25 @@ std::string bytesOf(void* data, size_t size)
     return bytes;
 }
 
-std::string deflated(const VImage& image)
-{
-    size_t size = 0;
-    void* memory = image.write_to_memory(&size);
-    const std::string samples = bytesOf(memory, size);
-    uLongf length = compressBound(uLong(samples.size()));
-    std::string out(length, '\0');
-    compress2(reinterpret_cast<Bytef*>(out.data()), &length, reinterpret_cast<const Bytef*>(samples.data()),
-              uLong(samples.size()), 6);
-    out.resize(length);
-    return out;
-}
-
-const char* colourSpace(int bands)
-{
-    return bands == 1 ? "/DeviceGray" : bands == 4 ? "/DeviceCMYK" : "/DeviceRGB";
-}
-
+// A JPEG at quality 95, or the bare samples, which qpdf deflates as it writes.
 QPDFObjectHandle imageStream(QPDF& pdf, const VImage& pixels, bool jpeg)
 {
-    std::string data;
-    if (jpeg) {
-        size_t size = 0;
-        void* buffer = nullptr;
-        pixels.write_to_buffer(".jpg", &buffer, &size, VImage::option()->set("Q", 95)->set("strip", true));
-        data = bytesOf(buffer, size);
-    } else {
-        data = deflated(pixels);
-    }
+    size_t size = 0;
+    void* data = nullptr;
+    if (jpeg)
+        pixels.write_to_buffer(".jpg", &data, &size, VImage::option()->set("Q", 95)->set("strip", true));
+    else
+        data = pixels.write_to_memory(&size);
     QPDFObjectHandle stream = QPDFObjectHandle::newStream(&pdf);
-    stream.replaceStreamData(data, QPDFObjectHandle::newName(jpeg ? "/DCTDecode" : "/FlateDecode"),
+    stream.replaceStreamData(bytesOf(data, size), jpeg ? QPDFObjectHandle::newName("/DCTDecode") : QPDFObjectHandle::newNull(),
                              QPDFObjectHandle::newNull());
-    QPDFObjectHandle dictionary = stream.getDict();
-    dictionary.replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
-    dictionary.replaceKey("/Subtype", QPDFObjectHandle::newName("/Image"));
-    dictionary.replaceKey("/Width", QPDFObjectHandle::newInteger(pixels.width()));
-    dictionary.replaceKey("/Height", QPDFObjectHandle::newInteger(pixels.height()));
-    dictionary.replaceKey("/ColorSpace", QPDFObjectHandle::newName(colourSpace(pixels.bands())));
-    dictionary.replaceKey("/BitsPerComponent", QPDFObjectHandle::newInteger(8));
+    const int bands = pixels.bands();
+    stream.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
+    stream.getDict().replaceKey("/Subtype", QPDFObjectHandle::newName("/Image"));
+    stream.getDict().replaceKey("/Width", QPDFObjectHandle::newInteger(pixels.width()));
+    stream.getDict().replaceKey("/Height", QPDFObjectHandle::newInteger(pixels.height()));
+    stream.getDict().replaceKey("/ColorSpace", QPDFObjectHandle::newName(bands == 1 ? "/DeviceGray" : bands == 4 ? "/DeviceCMYK" : "/DeviceRGB"));
+    stream.getDict().replaceKey("/BitsPerComponent", QPDFObjectHandle::newInteger(8));
     return pdf.makeIndirectObject(stream);
 }
 
@@ -71,19 +52,43 @@ QPDFObjectHandle imageStream(QPDF& pdf, const VImage& pixels, bool jpeg)
 QPDFObjectHandle formAround(QPDF& pdf, QPDFObjectHandle image, const QString& matrix)
 {
     QPDFObjectHandle form = QPDFObjectHandle::newStream(&pdf, "q 1 0 0 1 0 0 cm /Pic Do Q\n");
-    QPDFObjectHandle dictionary = form.getDict();
-    dictionary.replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
-    dictionary.replaceKey("/Subtype", QPDFObjectHandle::newName("/Form"));
-    dictionary.replaceKey("/BBox", QPDFObjectHandle::parse("[0 0 1 1]"));
-    dictionary.replaceKey("/Matrix", QPDFObjectHandle::parse("[" + matrix.toStdString() + "]"));
-    dictionary.replaceKey("/Resources", QPDFObjectHandle::parse("<< /XObject << >> >>"));
-    dictionary.getKey("/Resources").getKey("/XObject").replaceKey("/Pic", image);
+    form.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
+    form.getDict().replaceKey("/Subtype", QPDFObjectHandle::newName("/Form"));
+    form.getDict().replaceKey("/BBox", QPDFObjectHandle::parse("[0 0 1 1]"));
+    form.getDict().replaceKey("/Matrix", QPDFObjectHandle::parse("[" + matrix.toStdString() + "]"));
+    form.getDict().replaceKey("/Resources", QPDFObjectHandle::parse("<< /XObject << >> >>"));
+    form.getDict().getKey("/Resources").getKey("/XObject").replaceKey("/Pic", image);
     return pdf.makeIndirectObject(form);
+}
+
+// QRectF's top is the PDF box's lower y: boxes are written as (x, y, x + w, y + h).
+QPDFObjectHandle rectangle(const QRectF& box)
+{
+    return QPDFObjectHandle::newArray(QPDFObjectHandle::Rectangle(box.left(), box.top(), box.right(), box.bottom()));
+}
+
+// Appends a page of `box` turned by `rotate`, drawing `content`.
+QPDFObjectHandle addPage(QPDF& pdf, const QRectF& box, int rotate, const std::string& content, QPDFObjectHandle resources)
+{
+    QPDFObjectHandle page = pdf.makeIndirectObject(QPDFObjectHandle::parse("<< /Type /Page >>"));
+    page.replaceKey("/MediaBox", rectangle(box));
+    page.replaceKey("/Contents", QPDFObjectHandle::newStream(&pdf, content));
+    page.replaceKey("/Resources", resources);
+    if (rotate != 0)
+        page.replaceKey("/Rotate", QPDFObjectHandle::newInteger(rotate));
+    QPDFPageDocumentHelper(pdf).addPage(QPDFPageObjectHelper(page), false);
+    return page;
 }
 
 }  // namespace
 
-VImage asCmyk(const VImage& image) { return image.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK)); }
+QString writeQpdf(QPDF& pdf, const QString& path)
+{
+    const QByteArray fileName = QFile::encodeName(path);
+    QPDFWriter writer(pdf, fileName.constData());
+    writer.write();
+    return path;
+}
 
 QString writePicturePdf(const QString& path, const PicturePdf& spec)
 {
@@ -107,20 +112,45 @@ QString writePicturePdf(const QString& path, const PicturePdf& spec)
     QPDFObjectHandle resources = QPDFObjectHandle::parse(
         "<< /Font << /F1 << /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding /WinAnsiEncoding >> >> >>");
     resources.replaceKey("/XObject", objects);
+    addPage(pdf, QRectF(0, 0, spec.width, spec.height), 0, content, resources);
+    return writeQpdf(pdf, path);
+}
 
-    QPDFObjectHandle page = QPDFObjectHandle::newDictionary();
-    page.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
-    page.replaceKey("/MediaBox", QPDFObjectHandle::newArray(QPDFObjectHandle::Rectangle(0, 0, spec.width, spec.height)));
-    page.replaceKey("/Contents", QPDFObjectHandle::newStream(&pdf, content));
-    page.replaceKey("/Resources", resources);
-    if (spec.rotate != 0)
-        page.replaceKey("/Rotate", QPDFObjectHandle::newInteger(spec.rotate));
-    QPDFPageDocumentHelper(pdf).addPage(QPDFPageObjectHelper(pdf.makeIndirectObject(page)), false);
+QString writeMarkedPdf(const QString& path, const MarkedPdf& spec)
+{
+    QPDF pdf;
+    pdf.emptyPDF();
+    for (const MarkedPage& page : spec.pages) {
+        const QPointF corner = page.mediaBox.topLeft();
+        QPDFObjectHandle added = addPage(pdf, page.mediaBox, page.rotate,
+                                         "1 0 0 rg " + std::to_string(corner.x()) + " " + std::to_string(corner.y()) + " 72 72 re f\n",
+                                         QPDFObjectHandle::newDictionary());
+        if (page.cropBox)
+            added.replaceKey("/CropBox", rectangle(*page.cropBox));
+    }
+    if (spec.inheritedCropBox)
+        pdf.getRoot().getKey("/Pages").replaceKey("/CropBox", rectangle(*spec.inheritedCropBox));
+    return writeQpdf(pdf, path);
+}
 
-    const QByteArray fileName = QFile::encodeName(path);
-    QPDFWriter writer(pdf, fileName.constData());
-    writer.write();
-    return path;
+QList<BadPdf> writeBadPdfs(const QString& folder)
+{
+    const QDir here(folder);
+    const QByteArray whole = readFile(writeTestPdf(here.filePath(QStringLiteral("whole.pdf")), pagesOfText(3)));
+    QFile::remove(here.filePath(QStringLiteral("whole.pdf")));
+    writeFile(here.filePath(QStringLiteral("Truncated.pdf")), whole.left(whole.size() / 3));
+    writeFile(here.filePath(QStringLiteral("Not a PDF.pdf")), QByteArray("%PDF-1.7\nnothing here\n"));
+    size_t size = 0;
+    void* jpeg = nullptr;
+    VImage::black(16, 16).write_to_buffer(".jpg", &jpeg, &size);
+    writeFile(here.filePath(QStringLiteral("Photo.pdf")), QByteArray::fromStdString(bytesOf(jpeg, size)));
+    writeTestPdf(here.filePath(QStringLiteral("Locked.pdf")), {.userPassword = QStringLiteral("secret")});
+
+    const QString cantOpen = QStringLiteral("Can't open this PDF");
+    return {{here.filePath(QStringLiteral("Truncated.pdf")), cantOpen},
+            {here.filePath(QStringLiteral("Not a PDF.pdf")), cantOpen},
+            {here.filePath(QStringLiteral("Photo.pdf")), cantOpen},
+            {here.filePath(QStringLiteral("Locked.pdf")), QStringLiteral("This PDF is password-protected")}};
 }
 
 QStringList pictureList(const QString& path)
@@ -134,6 +164,17 @@ QStringList pictureList(const QString& path)
             pictures.append(QStringLiteral("%1 %2x%3 %4 %5").arg(columns[2], columns[3], columns[4], columns[5], columns[8]));
     }
     return pictures;
+}
+
+QList<int> jpegQualities(const QString& path)
+{
+    QTemporaryDir folder;
+    QList<int> qualities;
+    if (!runTool(QStringLiteral("pdfimages"), {QStringLiteral("-j"), path, folder.filePath(QStringLiteral("picture"))}))
+        return qualities;
+    for (const QString& jpeg : QDir(folder.path()).entryList({QStringLiteral("*.jpg")}, QDir::Files, QDir::Name))
+        qualities.append(toolOutput(QStringLiteral("identify"), {QStringLiteral("-format"), QStringLiteral("%Q"), folder.filePath(jpeg)}).toInt());
+    return qualities;
 }
 
 QStringList pageSizes(const QString& path)

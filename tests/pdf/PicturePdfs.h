@@ -1,12 +1,17 @@
 #pragma once
 
 #include <QList>
-#include <QSize>
+#include <QRectF>
 #include <QString>
+#include <QStringList>
 
 #include <vips/vips8>
 
+#include <optional>
 #include <ostream>
+#include <vector>
+
+class QPDF;
 
 // Failed expectations show lists of strings as text.
 inline void PrintTo(const QStringList& list, std::ostream* out) { *out << '{' << list.join(QStringLiteral(" | ")).toStdString() << '}'; }
@@ -23,20 +28,46 @@ struct TestPicture {
     QString drawnAgain{};     // when given, the same object is drawn a second time, placed so
 };
 
+// A one-page document of pictures and a line of text.
 struct PicturePdf {
     QList<TestPicture> pictures;
     double width = 612;
     double height = 792;
-    int rotate = 0;
     QString text = QStringLiteral("Words stay words");
 };
 
-// Writes the one-page document with qpdf and returns the path.
+// A page whose orientation can be read back from its pixels: a one-inch red square in the
+// lower-left corner of its media box, on white.
+struct MarkedPage {
+    QRectF mediaBox{0, 0, 612, 792};
+    std::optional<QRectF> cropBox{};
+    int rotate = 0;
+};
+
+struct MarkedPdf {
+    QList<MarkedPage> pages{MarkedPage{}};
+    std::optional<QRectF> inheritedCropBox{};  // set on the page tree's root, for every page
+};
+
+// Each writes its document with qpdf and returns the path.
 QString writePicturePdf(const QString& path, const PicturePdf& pdf);
+QString writeMarkedPdf(const QString& path, const MarkedPdf& pdf);
+QString writeQpdf(QPDF& pdf, const QString& path);
+
+// Files in `folder` that open as no PDF, each with the message opening it must give: a document
+// cut short, a PDF header over nothing, a JPEG named .pdf, a document locked with a password.
+struct BadPdf {
+    QString path;
+    QString message;
+};
+QList<BadPdf> writeBadPdfs(const QString& folder);
 
 // What pdfimages -list says of a document's pictures, a line each: "image 300x225 rgb jpeg",
 // "smask 300x225 gray image" (type, size, colour, encoding).
 QStringList pictureList(const QString& path);
+
+// The quality ImageMagick reads from the quantisation tables of each JPEG in the document.
+QList<int> jpegQualities(const QString& path);
 
 // What pdfinfo says of each page's size and turn: "612 x 792 pts, 0" (the paper's name, when it
 // has one, left out).
@@ -44,8 +75,5 @@ QStringList pageSizes(const QString& path);
 
 // The mean of each RGB band of page 1 rendered by pdftoppm at 24 per inch.
 std::vector<double> renderedMeans(const QString& path);
-
-// `image` with its interpretation set to CMYK, so that its 4th band is K, not alpha.
-vips::VImage asCmyk(const vips::VImage& image);
 
 }  // namespace wendrel::test
