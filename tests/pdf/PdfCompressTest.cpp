@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -17,6 +18,7 @@
 using namespace wendrel;
 using namespace wendrel::test;
 using vips::VImage;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -82,44 +84,39 @@ TEST_F(PdfCompressTest, PicturesKeepThePixelsTheirLevelAndPlacementNeed)
                             .cast(VIPS_FORMAT_UCHAR)
                             .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK));
     const auto inksFillingThePage = [&](bool jpeg) {
-        return PicturePdf{.pictures = {{.pixels = inks, .jpeg = jpeg, .drawn = QStringLiteral("234 0 0 175.5 0 0")}},
-                          .width = 234, .height = 175.5, .text = {}};
+        return PicturePdf{.pictures = {{.pixels = inks, .jpeg = jpeg, .drawn = u"234 0 0 175.5 0 0"_s}}, .width = 234, .height = 175.5, .text = {}};
     };
-    const QString balanced = QStringLiteral("image 600x450 rgb jpeg");
+    const QJsonObject balanced = atQuality("balanced");
     const struct {
         const char* what;
         PicturePdf pdf;
         QJsonObject answers;
-        QStringList pictures;
+        const char* pictures;  // as pdfimages lists them, " | " between two
         int quality;
     } cases[] = {
-        {"high", plain, atQuality("high"), {QStringLiteral("image 800x600 rgb jpeg")}, 80},
-        {"balanced", plain, atQuality("balanced"), {balanced}, 65},
-        {"small", plain, atQuality("small"), {QStringLiteral("image 320x240 rgb jpeg")}, 35},
-        {"a target the first level fits", plain, toSize(100), {QStringLiteral("image 800x600 rgb jpeg")}, 80},
-        {"a target nothing fits: the smallest level, 60 per inch", plain, toSize(0), {QStringLiteral("image 240x180 rgb jpeg")}, 25},
-        {"in a form that doubles it",
-         {.pictures = {{.pixels = photo, .drawn = QStringLiteral("144 0 0 108 72 400"), .formMatrix = QStringLiteral("2 0 0 2 0 0")}}},
-         atQuality("balanced"), {balanced}, 65},
-        {"turned a quarter", {.pictures = {{.pixels = photo, .drawn = QStringLiteral("0 288 -216 0 400 100")}}}, atQuality("balanced"),
-         {balanced}, 65},
-        {"drawn large, then small", {.pictures = {{.pixels = photo, .drawnAgain = QStringLiteral("72 0 0 54 0 0")}}},
-         atQuality("balanced"), {balanced, balanced}, 65},
-        {"grey, deflated", {.pictures = {{.pixels = photo[1], .jpeg = false}}}, atQuality("balanced"),
-         {QStringLiteral("image 600x450 gray jpeg")}, 65},
-        {"with a soft mask", {.pictures = {{.pixels = photo, .softMask = true}}}, atQuality("balanced"),
-         {balanced, QStringLiteral("smask 1200x900 gray image")}, 65},
-        {"CMYK, deflated", inksFillingThePage(false), atQuality("balanced"), {QStringLiteral("image 488x366 cmyk jpeg")}, 65},
-        {"CMYK JPEG (inverted, with an Adobe marker)", inksFillingThePage(true), atQuality("balanced"),
-         {QStringLiteral("image 488x366 cmyk jpeg")}, 65},
+        {"high", plain, atQuality("high"), "image 800x600 rgb jpeg", 80},
+        {"balanced", plain, balanced, "image 600x450 rgb jpeg", 65},
+        {"small", plain, atQuality("small"), "image 320x240 rgb jpeg", 35},
+        {"a target the first level fits", plain, toSize(100), "image 800x600 rgb jpeg", 80},
+        {"a target nothing fits: the smallest level, 60 per inch", plain, toSize(0), "image 240x180 rgb jpeg", 25},
+        {"in a form that doubles it", {.pictures = {{.pixels = photo, .drawn = u"144 0 0 108 72 400"_s, .formMatrix = u"2 0 0 2 0 0"_s}}},
+         balanced, "image 600x450 rgb jpeg", 65},
+        {"turned a quarter", {.pictures = {{.pixels = photo, .drawn = u"0 288 -216 0 400 100"_s}}}, balanced, "image 600x450 rgb jpeg", 65},
+        {"drawn large, then small", {.pictures = {{.pixels = photo, .drawnAgain = u"72 0 0 54 0 0"_s}}}, balanced,
+         "image 600x450 rgb jpeg | image 600x450 rgb jpeg", 65},
+        {"grey, deflated", {.pictures = {{.pixels = photo[1], .jpeg = false}}}, balanced, "image 600x450 gray jpeg", 65},
+        {"with a soft mask", {.pictures = {{.pixels = photo, .softMask = true}}}, balanced,
+         "image 600x450 rgb jpeg | smask 1200x900 gray image", 65},
+        {"CMYK, deflated", inksFillingThePage(false), balanced, "image 488x366 cmyk jpeg", 65},
+        {"CMYK JPEG (inverted, with an Adobe marker)", inksFillingThePage(true), balanced, "image 488x366 cmyk jpeg", 65},
     };
     std::vector<qint64> sizes;
     for (const auto& testCase : cases) {
-        const QString source = writePicturePdf(path(QStringLiteral("Photo.pdf")), testCase.pdf);
+        const QString source = writePicturePdf(path(u"Photo.pdf"_s), testCase.pdf);
         const QString result = compressed(source, testCase.answers);
-        EXPECT_EQ(pictureList(result), testCase.pictures) << testCase.what;
-        EXPECT_EQ(jpegQualities(result), QList<int>(testCase.pictures.filter(QStringLiteral("jpeg")).size(), testCase.quality))
-            << testCase.what;
+        const QString pictures = pictureList(result).join(u" | "_s);
+        EXPECT_EQ(pictures, QString::fromUtf8(testCase.pictures)) << testCase.what;
+        EXPECT_EQ(jpegQualities(result), QList<int>(pictures.count(u"jpeg"_s), testCase.quality)) << testCase.what;
         EXPECT_LT(sizeOf(result), sizeOf(source)) << testCase.what;
         EXPECT_EQ(pdfToText(result), pdfToText(source)) << testCase.what;
         const std::vector<double> before = renderedMeans(source);
@@ -154,7 +151,9 @@ TEST_F(PdfCompressTest, PagesSavedAsPicturesKeepTheirShapeAndLoseTheirText)
     QJsonObject answers = atQuality("balanced");
     answers.insert(QStringLiteral("rasterize"), true);
     const QString result = compressed(writeTestPdf(path(QStringLiteral("Pages.pdf")), pages), answers);
-    EXPECT_EQ(pageSizes(result), (QStringList{QStringLiteral("612 x 792 pts, 0"), QStringLiteral("792 x 612 pts, 0")}));
+    EXPECT_EQ(pdfPageSizes(result), (QList<QSizeF>{{612, 792}, {792, 612}}));
+    const QString info = toolOutput(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"), QStringLiteral("-l"), QStringLiteral("2"), result});
+    EXPECT_EQ(info.count(QRegularExpression(QStringLiteral("rot: +0\\n"))), 2) << "the pages are drawn turned, not turned again";
     EXPECT_EQ(pictureList(result), (QStringList{QStringLiteral("image 1275x1650 rgb jpeg"), QStringLiteral("image 1650x1275 rgb jpeg")}));
     EXPECT_EQ(jpegQualities(result), (QList<int>{65, 65}));
     EXPECT_EQ(pdfToText(result).trimmed(), QString());

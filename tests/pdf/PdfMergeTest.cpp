@@ -3,6 +3,7 @@
 
 #include "PicturePdfs.h"
 #include "TestPdfs.h"
+#include "imaging/TestPictures.h"
 #include "operations/JobRunner.h"
 #include "operations/OperationCatalog.h"
 #include "support/JobHarness.h"
@@ -36,8 +37,7 @@ protected:
     QString pdf(const char* name, const TestPdf& document) { return writeTestPdf(path(QString::fromUtf8(name)), document); }
     QString picture(const char* name, int width, int height)
     {
-        vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3))
-            .write_to_file(path(QString::fromUtf8(name)).toUtf8().constData());
+        save(vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3)), path(QString::fromUtf8(name)));
         return path(QString::fromUtf8(name));
     }
 
@@ -168,7 +168,8 @@ TEST_F(PdfMergeTest, BookmarksLinksNamesAndPageLabelsMoveWithTheirPages)
         int toPage;
     } links[] = {{0, 0}, {1, 3}, {2, 3}, {3, 1}, {6, 8}, {7, 8}, {8, 6}};
     for (const auto& link : links) {
-        QPDFObjectHandle annotations = merged.getAllPages().at(size_t(link.fromPage)).getKey("/Annots");
+        QPDFObjectHandle page = merged.getAllPages().at(size_t(link.fromPage));
+        QPDFObjectHandle annotations = page.getKey("/Annots");
         ASSERT_TRUE(annotations.isArray()) << link.fromPage;
         EXPECT_EQ(targetPage(merged, annotations.getArrayItem(0)), link.toPage) << "link on page " << link.fromPage;
     }

@@ -25,14 +25,9 @@ namespace {
 
 TEST(PagePictureNameTest, PagesAreNumberedWithThreeDigitsOrMore)
 {
-    const struct {
-        int page;
-        const char* extension;
-        const char* expected;
-    } cases[] = {{1, "jpg", "Page 001.jpg"}, {42, "png", "Page 042.png"}, {999, "jpg", "Page 999.jpg"},
-                 {1000, "jpg", "Page 1000.jpg"}, {12345, "png", "Page 12345.png"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(pagePictureName(c.page, QString::fromUtf8(c.extension)), QString::fromUtf8(c.expected));
+    for (const auto& [page, name] : {std::pair{1, "Page 001.png"}, {42, "Page 042.png"}, {999, "Page 999.png"}, {1000, "Page 1000.png"},
+                                     {12345, "Page 12345.png"}})
+        EXPECT_EQ(pagePictureName(page, QStringLiteral("png")), QString::fromUtf8(name));
 }
 
 class PdfToPicturesTest : public ::testing::Test {
@@ -75,7 +70,7 @@ TEST_F(PdfToPicturesTest, PagesBecomePicturesBesideTheDocument)
     spec.pages[1].rotate = 90;
     const QString report = writeTestPdf(path(QStringLiteral("Report.pdf")), spec);
     const QStringList before = folderEntries(folder.path());
-    for (const QString extension : {QStringLiteral("jpg"), QStringLiteral("png")}) {
+    for (const QString& extension : {QStringLiteral("jpg"), QStringLiteral("png")}) {
         const QByteArray id = "pdf." + extension.toUtf8();
         const QString loader = extension == u"jpg" ? QStringLiteral("jpegload ") : QStringLiteral("pngload ");
         const JobReport one = run(id.constData(), flyer);

@@ -35,16 +35,12 @@ QPDFObjectHandle imageStream(QPDF& pdf, const VImage& pixels, bool jpeg)
         pixels.write_to_buffer(".jpg", &data, &size, VImage::option()->set("Q", 95)->set("strip", true));
     else
         data = pixels.write_to_memory(&size);
+    const char* colours = pixels.bands() == 1 ? "/DeviceGray" : pixels.bands() == 4 ? "/DeviceCMYK" : "/DeviceRGB";
     QPDFObjectHandle stream = QPDFObjectHandle::newStream(&pdf);
+    stream.replaceDict(QPDFObjectHandle::parse("<< /Type /XObject /Subtype /Image /Width " + std::to_string(pixels.width()) + " /Height "
+                                               + std::to_string(pixels.height()) + " /ColorSpace " + colours + " /BitsPerComponent 8 >>"));
     stream.replaceStreamData(bytesOf(data, size), jpeg ? QPDFObjectHandle::newName("/DCTDecode") : QPDFObjectHandle::newNull(),
                              QPDFObjectHandle::newNull());
-    const int bands = pixels.bands();
-    stream.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
-    stream.getDict().replaceKey("/Subtype", QPDFObjectHandle::newName("/Image"));
-    stream.getDict().replaceKey("/Width", QPDFObjectHandle::newInteger(pixels.width()));
-    stream.getDict().replaceKey("/Height", QPDFObjectHandle::newInteger(pixels.height()));
-    stream.getDict().replaceKey("/ColorSpace", QPDFObjectHandle::newName(bands == 1 ? "/DeviceGray" : bands == 4 ? "/DeviceCMYK" : "/DeviceRGB"));
-    stream.getDict().replaceKey("/BitsPerComponent", QPDFObjectHandle::newInteger(8));
     return pdf.makeIndirectObject(stream);
 }
 
@@ -52,11 +48,8 @@ QPDFObjectHandle imageStream(QPDF& pdf, const VImage& pixels, bool jpeg)
 QPDFObjectHandle formAround(QPDF& pdf, QPDFObjectHandle image, const QString& matrix)
 {
     QPDFObjectHandle form = QPDFObjectHandle::newStream(&pdf, "q 1 0 0 1 0 0 cm /Pic Do Q\n");
-    form.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
-    form.getDict().replaceKey("/Subtype", QPDFObjectHandle::newName("/Form"));
-    form.getDict().replaceKey("/BBox", QPDFObjectHandle::parse("[0 0 1 1]"));
-    form.getDict().replaceKey("/Matrix", QPDFObjectHandle::parse("[" + matrix.toStdString() + "]"));
-    form.getDict().replaceKey("/Resources", QPDFObjectHandle::parse("<< /XObject << >> >>"));
+    form.replaceDict(QPDFObjectHandle::parse("<< /Type /XObject /Subtype /Form /BBox [0 0 1 1] /Matrix [" + matrix.toStdString()
+                                             + "] /Resources << /XObject << >> >> >>"));
     form.getDict().getKey("/Resources").getKey("/XObject").replaceKey("/Pic", image);
     return pdf.makeIndirectObject(form);
 }
@@ -175,22 +168,6 @@ QList<int> jpegQualities(const QString& path)
     for (const QString& jpeg : QDir(folder.path()).entryList({QStringLiteral("*.jpg")}, QDir::Files, QDir::Name))
         qualities.append(toolOutput(QStringLiteral("identify"), {QStringLiteral("-format"), QStringLiteral("%Q"), folder.filePath(jpeg)}).toInt());
     return qualities;
-}
-
-QStringList pageSizes(const QString& path)
-{
-    const QString info = toolOutput(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"),
-                                                                QStringLiteral("-l"), QStringLiteral("9999"), path});
-    QStringList sizes;
-    const QRegularExpression size(QStringLiteral("^Page +\\d+ size: +(.*?)( \\(.*\\))?$"));
-    const QRegularExpression turn(QStringLiteral("^Page +\\d+ rot: +(\\d+)$"));
-    for (const QString& line : info.split(u'\n')) {
-        if (const QRegularExpressionMatch match = size.match(line); match.hasMatch())
-            sizes.append(match.captured(1));
-        else if (const QRegularExpressionMatch rotation = turn.match(line); rotation.hasMatch() && !sizes.isEmpty())
-            sizes.last() += QStringLiteral(", ") + rotation.captured(1);
-    }
-    return sizes;
 }
 
 std::vector<double> renderedMeans(const QString& path)

@@ -69,10 +69,6 @@ QStringList pictureList(const QString& path);
 // The quality ImageMagick reads from the quantisation tables of each JPEG in the document.
 QList<int> jpegQualities(const QString& path);
 
-// What pdfinfo says of each page's size and turn: "612 x 792 pts, 0" (the paper's name, when it
-// has one, left out).
-QStringList pageSizes(const QString& path);
-
 // The mean of each RGB band of page 1 rendered by pdftoppm at 24 per inch.
 std::vector<double> renderedMeans(const QString& path);
 
