@@ -84,7 +84,8 @@ TEST_F(PdfCompressTest, PicturesKeepThePixelsTheirLevelAndPlacementNeed)
                             .cast(VIPS_FORMAT_UCHAR)
                             .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK));
     const auto inksFillingThePage = [&](bool jpeg) {
-        return PicturePdf{.pictures = {{.pixels = inks, .jpeg = jpeg, .drawn = u"234 0 0 175.5 0 0"_s}}, .width = 234, .height = 175.5, .text = {}};
+        return PicturePdf{
+            .pictures = {{.pixels = inks, .jpeg = jpeg, .drawn = u"234 0 0 175.5 0 0"_s}}, .width = 234, .height = 175.5, .text = {}};
     };
     const QJsonObject balanced = atQuality("balanced");
     const struct {
@@ -152,7 +153,7 @@ TEST_F(PdfCompressTest, PagesSavedAsPicturesKeepTheirShapeAndLoseTheirText)
     answers.insert(QStringLiteral("rasterize"), true);
     const QString result = compressed(writeTestPdf(path(QStringLiteral("Pages.pdf")), pages), answers);
     EXPECT_EQ(pdfPageSizes(result), (QList<QSizeF>{{612, 792}, {792, 612}}));
-    const QString info = toolOutput(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"), QStringLiteral("-l"), QStringLiteral("2"), result});
+    const QString info = toolOutput(u"pdfinfo"_s, {u"-f"_s, u"1"_s, u"-l"_s, u"2"_s, result});
     EXPECT_EQ(info.count(QRegularExpression(QStringLiteral("rot: +0\\n"))), 2) << "the pages are drawn turned, not turned again";
     EXPECT_EQ(pictureList(result), (QStringList{QStringLiteral("image 1275x1650 rgb jpeg"), QStringLiteral("image 1650x1275 rgb jpeg")}));
     EXPECT_EQ(jpegQualities(result), (QList<int>{65, 65}));

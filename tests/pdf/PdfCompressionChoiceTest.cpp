@@ -64,7 +64,8 @@ TEST(PdfCompressionChoice, TargetsInBytes)
         EXPECT_EQ(pdfTargetBytes(target.megabytes), target.bytes) << target.megabytes;
 }
 
-// How large a picture is drawn, and the pixels it keeps at a level's resolution.
+// How large a picture is drawn, and the pixels it keeps at 150 per inch. (The plain placements,
+// the levels' resolutions and forms are drawn for real in PdfCompressTest.)
 TEST(PdfCompressionChoice, PicturesKeepThePixelsOfTheirLargestPlacement)
 {
     const double turn = std::numbers::pi / 6;
@@ -73,28 +74,23 @@ TEST(PdfCompressionChoice, PicturesKeepThePixelsOfTheirLargestPlacement)
         const char* what;
         PdfMatrix ctm;
         QSize pixels;
-        int pixelsPerInch;
         QSize kept;
     } cases[] = {
-        {"scaled", placedAt, {1200, 900}, 150, {300, 225}},
-        {"scaled, high", placedAt, {1200, 900}, 200, {400, 300}},
-        {"flipped", PdfMatrix{-144, 0, 0, -108, 500, 500}, {1200, 900}, 150, {300, 225}},
-        {"turned a quarter", PdfMatrix{0, 144, -108, 0, 300, 100}, {1200, 900}, 150, {300, 225}},
+        {"scaled", placedAt, {1200, 900}, {300, 225}},
+        {"flipped", PdfMatrix{-144, 0, 0, -108, 500, 500}, {1200, 900}, {300, 225}},
         {"turned 30 degrees", PdfMatrix{144 * std::cos(turn), 144 * std::sin(turn), -108 * std::sin(turn), 108 * std::cos(turn), 0, 0},
-         {1200, 900}, 150, {300, 225}},
-        // In a form whose /Matrix doubles it, drawn at 1 × 0.75 inches: 2 × 1.5 on the page.
-        {"in a form", PdfMatrix{} * PdfMatrix{2, 0, 0, 2, 0, 0} * PdfMatrix{72, 0, 0, 54, 10, 10}, {1200, 900}, 150, {300, 225}},
+         {1200, 900}, {300, 225}},
         // Turned inside a form that stretches: the turn comes first, so the picture's x side
         // takes the form's shorter side.
-        {"turned in a stretching form", PdfMatrix{0, 1, -1, 0, 0, 0} * PdfMatrix{144, 0, 0, 108, 0, 0}, {1200, 900}, 150, {400, 300}},
-        {"stretched", PdfMatrix{144, 0, 0, 216, 0, 0}, {1200, 900}, 150, {600, 450}},  // the height needs more
-        {"already small", placedAt, {200, 150}, 150, {200, 150}},
-        {"drawn huge", PdfMatrix{2000, 0, 0, 1000, 0, 0}, {10000, 5000}, 150, {1800, 900}},  // 12 inches at most
-        {"a line", PdfMatrix{144, 0, 0, 0.01, 0, 0}, {1200, 900}, 150, {300, 225}},
-        {"nowhere to see", PdfMatrix{0, 0, 0, 0, 0, 0}, {1200, 900}, 150, {1, 1}},
+        {"turned in a stretching form", PdfMatrix{0, 1, -1, 0, 0, 0} * PdfMatrix{144, 0, 0, 108, 0, 0}, {1200, 900}, {400, 300}},
+        {"stretched", PdfMatrix{144, 0, 0, 216, 0, 0}, {1200, 900}, {600, 450}},  // the height needs more
+        {"already small", placedAt, {200, 150}, {200, 150}},
+        {"drawn huge", PdfMatrix{2000, 0, 0, 1000, 0, 0}, {10000, 5000}, {1800, 900}},  // 12 inches at most
+        {"a line", PdfMatrix{144, 0, 0, 0.01, 0, 0}, {1200, 900}, {300, 225}},
+        {"nowhere to see", PdfMatrix{0, 0, 0, 0, 0, 0}, {1200, 900}, {1, 1}},
     };
     for (const auto& testCase : cases)
-        EXPECT_EQ(downsampledSize(testCase.pixels, placedSize(testCase.ctm), testCase.pixelsPerInch), testCase.kept)
+        EXPECT_EQ(downsampledSize(testCase.pixels, placedSize(testCase.ctm), 150), testCase.kept)
             << testCase.what;
 
     EXPECT_EQ(largerPlacement({100, 20}, {50, 40}), QSizeF(100, 40));

@@ -103,7 +103,8 @@ TEST_F(PdfToPicturesTest, PagesBecomePicturesBesideTheDocument)
 TEST_F(PdfToPicturesTest, BadDocumentsFailWithTheirMessageAndLeaveNothing)
 {
     QList<BadPdf> cases = writeBadPdfs(folder.path());
-    cases.append({writeMarkedPdf(path(QStringLiteral("Wall.pdf")), {.pages = {{}, {{0, 0, 14400, 14400}}}}), QStringLiteral("Page is too large")});
+    const QString wall = writeMarkedPdf(path(QStringLiteral("Wall.pdf")), {.pages = {{}, {{0, 0, 14400, 14400}}}});
+    cases.append({wall, QStringLiteral("Page is too large")});
     const QStringList before = folderEntries(folder.path());
     for (const char* id : {"pdf.jpg", "pdf.png"}) {
         for (const BadPdf& bad : cases) {

@@ -166,7 +166,8 @@ QList<int> jpegQualities(const QString& path)
     if (!runTool(QStringLiteral("pdfimages"), {QStringLiteral("-j"), path, folder.filePath(QStringLiteral("picture"))}))
         return qualities;
     for (const QString& jpeg : QDir(folder.path()).entryList({QStringLiteral("*.jpg")}, QDir::Files, QDir::Name))
-        qualities.append(toolOutput(QStringLiteral("identify"), {QStringLiteral("-format"), QStringLiteral("%Q"), folder.filePath(jpeg)}).toInt());
+        qualities.append(
+            toolOutput(QStringLiteral("identify"), {QStringLiteral("-format"), QStringLiteral("%Q"), folder.filePath(jpeg)}).toInt());
     return qualities;
 }
 
