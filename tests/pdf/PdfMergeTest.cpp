@@ -1,16 +1,12 @@
 #include "imaging/VipsRuntime.h"
-#include "imaging/pdf/PdfOperations.h"
 
 #include "PicturePdfs.h"
 #include "TestPdfs.h"
 #include "imaging/TestPictures.h"
-#include "operations/JobRunner.h"
-#include "operations/OperationCatalog.h"
 #include "support/JobHarness.h"
 #include "support/TestEnvironment.h"
 
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFOutlineDocumentHelper.hh>
@@ -24,22 +20,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class PdfMergeTest : public ::testing::Test {
+class PdfMergeTest : public PdfEntryTest {
 protected:
     void SetUp() override
     {
+        PdfEntryTest::SetUp();
         startVips();
-        registerPdfOperations(catalog);
     }
 
-    void TearDown() override { EXPECT_TRUE(leftoverScratchFolders().isEmpty()); }
-
-    QString path(const QString& name) const { return folder.filePath(name); }
-    QString pdf(const char* name, const TestPdf& document) { return writeTestPdf(path(QString::fromUtf8(name)), document); }
+    QString pdf(const char* name, const TestPdf& document) { return writeTestPdf(path(name), document); }
     QString picture(const char* name, int width, int height)
     {
-        save(vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3)), path(QString::fromUtf8(name)));
-        return path(QString::fromUtf8(name));
+        save(vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3)), path(name));
+        return path(name);
     }
 
     JobReport merge(const QStringList& files) { return runJob(runner, catalog.find(QStringLiteral("pdf.merge")), files); }
@@ -54,10 +47,6 @@ protected:
         EXPECT_TRUE(qpdfCheckPasses(report.results.value(0)));
         return report.results.value(0);
     }
-
-    QTemporaryDir folder;
-    OperationCatalog catalog;
-    JobRunner runner;
 };
 
 QStringList pageTexts(const QString& file)

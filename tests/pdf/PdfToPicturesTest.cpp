@@ -2,10 +2,7 @@
 
 #include "PicturePdfs.h"
 #include "TestPdfs.h"
-#include "operations/JobRunner.h"
-#include "operations/OperationCatalog.h"
 #include "operations/OperationError.h"
-#include "support/JobHarness.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -30,27 +27,7 @@ TEST(PagePictureNameTest, PagesAreNumberedWithThreeDigitsOrMore)
         EXPECT_EQ(pagePictureName(page, QStringLiteral("png")), QString::fromUtf8(name));
 }
 
-class PdfToPicturesTest : public ::testing::Test {
-protected:
-    void SetUp() override { registerPdfToPictures(catalog); }
-    void TearDown() override { EXPECT_TRUE(leftoverScratchFolders().isEmpty()); }
-
-    QString path(const QString& name) const { return folder.filePath(name); }
-
-    JobReport run(const char* id, const QString& file)
-    {
-        const FileOperationPtr entry = catalog.find(QString::fromUtf8(id));
-        if (!entry) {
-            ADD_FAILURE() << "no entry " << id;
-            return {};
-        }
-        return runJob(runner, entry, {file});
-    }
-
-    QTemporaryDir folder;
-    OperationCatalog catalog;
-    JobRunner runner;
-};
+using PdfToPicturesTest = PdfEntryTest;
 
 // A written picture decoded back, and what libvips' loader made of it: "pngload 1200x600".
 QString describe(const VImage& picture)
