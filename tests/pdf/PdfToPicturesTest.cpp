@@ -43,9 +43,9 @@ VImage opened(const QString& file) { return VImage::new_from_file(QFile::encodeN
 TEST_F(PdfToPicturesTest, PagesBecomePicturesBesideTheDocument)
 {
     const QString flyer = writeMarkedPdf(path(QStringLiteral("Flyer.pdf")), {.pages = {{{0, 0, 288, 144}}}});
-    TestPdf spec = pagesOfText(3);
-    spec.pages[1].rotate = 90;
-    const QString report = writeTestPdf(path(QStringLiteral("Report.pdf")), spec);
+    TestPdf threePages = pagesOfText(3);
+    threePages.pages[1].rotate = 90;
+    const QString report = writeTestPdf(path(QStringLiteral("Report.pdf")), threePages);
     const QStringList before = folderEntries(folder.path());
     for (const QString& extension : {QStringLiteral("jpg"), QStringLiteral("png")}) {
         const QByteArray id = "pdf." + extension.toUtf8();

@@ -83,14 +83,14 @@ QString writeQpdf(QPDF& pdf, const QString& path)
     return path;
 }
 
-QString writePicturePdf(const QString& path, const PicturePdf& spec)
+QString writePicturePdf(const QString& path, const PicturePdf& document)
 {
     QPDF pdf;
     pdf.emptyPDF();
     QPDFObjectHandle objects = QPDFObjectHandle::newDictionary();
-    std::string content = "BT /F1 18 Tf 72 72 Td (" + spec.text.toStdString() + ") Tj ET\n";
-    for (int i = 0; i < spec.pictures.size(); ++i) {
-        const TestPicture& picture = spec.pictures[i];
+    std::string content = "BT /F1 18 Tf 72 72 Td (" + document.text.toStdString() + ") Tj ET\n";
+    for (int i = 0; i < document.pictures.size(); ++i) {
+        const TestPicture& picture = document.pictures[i];
         QPDFObjectHandle image = imageStream(pdf, picture.pixels, picture.jpeg);
         if (picture.softMask) {
             const VImage opaque = VImage::black(picture.pixels.width(), picture.pixels.height()).linear(1, 255);
@@ -105,15 +105,15 @@ QString writePicturePdf(const QString& path, const PicturePdf& spec)
     QPDFObjectHandle resources = QPDFObjectHandle::parse(
         "<< /Font << /F1 << /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding /WinAnsiEncoding >> >> >>");
     resources.replaceKey("/XObject", objects);
-    addPage(pdf, QRectF(0, 0, spec.width, spec.height), 0, content, resources);
+    addPage(pdf, QRectF(0, 0, document.width, document.height), 0, content, resources);
     return writeQpdf(pdf, path);
 }
 
-QString writeMarkedPdf(const QString& path, const MarkedPdf& spec)
+QString writeMarkedPdf(const QString& path, const MarkedPdf& document)
 {
     QPDF pdf;
     pdf.emptyPDF();
-    for (const MarkedPage& page : spec.pages) {
+    for (const MarkedPage& page : document.pages) {
         const QPointF corner = page.mediaBox.topLeft();
         QPDFObjectHandle added = addPage(pdf, page.mediaBox, page.rotate,
                                          "1 0 0 rg " + std::to_string(corner.x()) + " " + std::to_string(corner.y()) + " 72 72 re f\n",
@@ -121,8 +121,8 @@ QString writeMarkedPdf(const QString& path, const MarkedPdf& spec)
         if (page.cropBox)
             added.replaceKey("/CropBox", rectangle(*page.cropBox));
     }
-    if (spec.inheritedCropBox)
-        pdf.getRoot().getKey("/Pages").replaceKey("/CropBox", rectangle(*spec.inheritedCropBox));
+    if (document.inheritedCropBox)
+        pdf.getRoot().getKey("/Pages").replaceKey("/CropBox", rectangle(*document.inheritedCropBox));
     return writeQpdf(pdf, path);
 }
 
