@@ -4,6 +4,7 @@
 #include "CompressKeepingText.h"
 #include "PdfCompressionLevels.h"
 #include "PdfCompressionSettingsView.h"
+#include "imaging/VipsRuntime.h"
 #include "imaging/pdf/PdfDocument.h"
 #include "operations/FileNames.h"
 #include "operations/Logging.h"
@@ -66,6 +67,8 @@ QString compressToTarget(const QString& path, const Settings& settings, const Op
 
 ProducedFile compressPdf(const QString& path, const OperationContext& context)
 {
+    // Pictures are decoded and encoded by libvips: with its cache off and its warnings logged.
+    startVips();
     // What the user confirmed for this job; the stored settings when nobody was asked.
     const Settings settings = settingsForJob<Settings>(context);
     const QString name = outputName(path, pdfText("Compressed"), QStringLiteral("pdf"));
