@@ -1,5 +1,6 @@
 #include "PdfToPictures.h"
 
+#include "PagesOnAllCores.h"
 #include "PdfDocument.h"
 #include "PdfPageRenderer.h"
 #include "imaging/ImageEntries.h"
@@ -11,16 +12,8 @@
 #include "operations/OperationError.h"
 
 #include <QDir>
-#include <QThread>
 
 #include <vips/vips8>
-
-#include <algorithm>
-#include <atomic>
-#include <exception>
-#include <mutex>
-#include <thread>
-#include <vector>
 
 namespace wendrel {
 
@@ -45,52 +38,6 @@ void writePage(const PdfPageRenderer& renderer, int pageIndex, ImageFormat forma
                PngEffort::quick);
 }
 
-// Every page into `folder`, on every core: each worker draws with a renderer of its own and
-// takes the next page in order, writing it before it draws another, so however long the
-// document only one page per worker is ever held. The first failure stops all workers and is
-// the job's.
-void writeAllPages(const PdfPageRenderer& first, ImageFormat format, const QString& folder,
-                   const OperationContext& context)
-{
-    const int pageCount = first.pageCount();
-    const int workerCount = std::clamp(QThread::idealThreadCount(), 1, pageCount);
-    std::vector<PdfPageRenderer> renderers;
-    renderers.reserve(size_t(workerCount));
-    for (int worker = 1; worker < workerCount; ++worker)
-        renderers.push_back(first.reopened());
-
-    const QString extension = imageTarget(format).extension;
-    std::atomic<int> nextPage{0};
-    std::atomic<int> pagesDone{0};
-    std::atomic_bool failed{false};
-    std::exception_ptr failure;
-    std::mutex failureMutex;
-
-    auto work = [&](const PdfPageRenderer& renderer) {
-        try {
-            for (int page = nextPage++; page < pageCount && !failed; page = nextPage++) {
-                context.throwIfCancelled();
-                writePage(renderer, page, format, QDir(folder).filePath(pagePictureName(page + 1, extension)));
-                context.progress(double(++pagesDone) / pageCount);
-            }
-        } catch (...) {
-            const std::lock_guard lock(failureMutex);
-            if (!failure)
-                failure = std::current_exception();
-            failed = true;
-        }
-    };
-
-    {
-        std::vector<std::jthread> threads;
-        for (const PdfPageRenderer& renderer : renderers)
-            threads.emplace_back(work, std::cref(renderer));
-        work(first);  // this thread is one of the workers
-    }
-    if (failure)
-        std::rethrow_exception(failure);
-}
-
 ProducedFile pagesAsPictures(const QString& path, const OperationContext& context, ImageFormat format)
 {
     if (!canWrite(format))
@@ -106,7 +53,13 @@ ProducedFile pagesAsPictures(const QString& path, const OperationContext& contex
     return context.produce(path, outputName(path, std::nullopt, QString()), [&](const QString& folder) {
         if (!QDir().mkpath(folder))
             throw OperationError(QCoreApplication::translate("OperationContext", "Couldn't create a scratch folder"));
-        writeAllPages(renderer, format, folder, context);
+        // Each page is written as soon as it is drawn: one page per worker is ever held.
+        forEachPageOnAllCores(
+            renderer, context,
+            [&](const PdfPageRenderer& own, int page) {
+                writePage(own, page, format, QDir(folder).filePath(pagePictureName(page + 1, extension)));
+            },
+            [&](double fraction) { context.progress(fraction); });
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "imaging/ImageWriter.h"
 #include "imaging/pdf/ImagesToPdf.h"
+#include "imaging/pdf/PagesOnAllCores.h"
 #include "imaging/pdf/PdfPageRenderer.h"
 #include "operations/Logging.h"
 #include "operations/OperationError.h"
@@ -10,12 +11,6 @@
 
 #include <vips/vips8>
 
-#include <algorithm>
-#include <atomic>
-#include <exception>
-#include <mutex>
-#include <thread>
-#include <vector>
 
 namespace wendrel {
 
@@ -42,39 +37,9 @@ qint64 compressAsPictures(const QString& source, const PdfCompressionLevel& leve
     const int pages = renderer.pageCount();
     QList<PdfPicture> pictures(pages);
 
-    // A renderer draws on one thread only: every worker takes one of its own, and claims the
-    // next page until none is left or one of them fails.
-    std::atomic<int> next{0};
-    std::atomic<int> done{0};
-    std::exception_ptr failure;
-    std::mutex failureMutex;
-    const auto work = [&](const PdfPageRenderer& own) {
-        try {
-            for (int page = next++; page < pages; page = next++) {
-                context.throwIfCancelled();
-                pictures[page] = pagePicture(own, page, level);
-                if (progress)
-                    progress(double(++done) / pages);
-            }
-        } catch (...) {
-            const std::lock_guard lock(failureMutex);
-            if (!failure)
-                failure = std::current_exception();
-            next = pages;  // the others stop at their next page
-        }
-    };
-    const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, std::max(1, pages));
-    {
-        std::vector<PdfPageRenderer> others;
-        for (int i = 1; i < threads; ++i)
-            others.push_back(renderer.reopened());
-        std::vector<std::jthread> helpers;
-        for (const PdfPageRenderer& other : others)
-            helpers.emplace_back(work, std::cref(other));
-        work(renderer);
-    }
-    if (failure)
-        std::rethrow_exception(failure);
+    forEachPageOnAllCores(
+        renderer, context,
+        [&](const PdfPageRenderer& own, int page) { pictures[page] = pagePicture(own, page, level); }, progress);
 
     writePicturesPdf(pictures, destination);
     qCInfo(lcJobs, "pdf pages as pictures: %d pages at %d per inch", pages, level.pixelsPerInch);
