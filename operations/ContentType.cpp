@@ -67,6 +67,23 @@ ContentType ContentType::tabSeparatedText()
 }
 ContentType ContentType::subRip() { return fromMimeName(QStringLiteral("application/x-subrip")); }
 ContentType ContentType::webVtt() { return fromMimeName(QStringLiteral("text/vtt")); }
+ContentType ContentType::markdown() { return fromMimeName(QStringLiteral("text/markdown")); }
+ContentType ContentType::html() { return fromMimeName(QStringLiteral("text/html")); }
+ContentType ContentType::rtf() { return fromMimeName(QStringLiteral("application/rtf")); }
+ContentType ContentType::docx()
+{
+    return fromMimeName(QStringLiteral("application/vnd.openxmlformats-officedocument.wordprocessingml.document"));
+}
+ContentType ContentType::odt() { return fromMimeName(QStringLiteral("application/vnd.oasis.opendocument.text")); }
+ContentType ContentType::epub() { return fromMimeName(QStringLiteral("application/epub+zip")); }
+ContentType ContentType::xlsx()
+{
+    return fromMimeName(QStringLiteral("application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"));
+}
+ContentType ContentType::ods()
+{
+    return fromMimeName(QStringLiteral("application/vnd.oasis.opendocument.spreadsheet"));
+}
 
 ContentType ContentType::fromMimeName(const QString& mimeName)
 {

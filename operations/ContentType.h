@@ -40,6 +40,14 @@ public:
     static ContentType tabSeparatedText();
     static ContentType subRip();
     static ContentType webVtt();
+    static ContentType markdown();
+    static ContentType html();
+    static ContentType rtf();
+    static ContentType docx();
+    static ContentType odt();
+    static ContentType epub();
+    static ContentType xlsx();
+    static ContentType ods();
 
     // A concrete type by MIME name; aliases are resolved to the canonical name.
     static ContentType fromMimeName(const QString& mimeName);

@@ -8,6 +8,7 @@
 #include "operations/OperationError.h"
 
 #include <QCoreApplication>
+#include <QBuffer>
 #include <QFile>
 #include <QThread>
 
@@ -60,9 +61,9 @@ qint64 pieceCount(qint64 size) { return (size + pieceSize - 1) / pieceSize; }
 
 }  // namespace
 
-ZipWriter::ZipWriter(QFileDevice& archive) : ZipWriter(archive, Options{}) {}
+ZipWriter::ZipWriter(QIODevice& archive) : ZipWriter(archive, Options{}) {}
 
-ZipWriter::ZipWriter(QFileDevice& archive, Options options)
+ZipWriter::ZipWriter(QIODevice& archive, Options options)
     : m_archive(archive), m_options(options), m_position(archive.pos())
 {
 }
@@ -171,8 +172,12 @@ void ZipWriter::finish(const Progress& progress)
     writeEnd();
 
     // A file that fell back to storing may have left compressed bytes past the new end.
-    if ((m_archive.size() > m_position && !m_archive.resize(m_position)) || !m_archive.flush())
-        throw unwritable();
+    if (auto* file = qobject_cast<QFileDevice*>(&m_archive)) {
+        if ((file->size() > m_position && !file->resize(m_position)) || !file->flush())
+            throw unwritable();
+    } else if (auto* buffer = qobject_cast<QBuffer*>(&m_archive)) {
+        buffer->buffer().truncate(m_position);
+    }
 }
 
 void ZipWriter::writeEntry(PlannedEntry& entry, DeflatePipeline& pipeline, qint64 pieces,
@@ -293,8 +298,9 @@ void ZipWriter::seek(qint64 position)
 
 OperationError ZipWriter::unwritable() const
 {
-    return OperationError(translate("Couldn't write “%1”: %2")
-                              .arg(lastPathComponent(m_archive.fileName()), m_archive.errorString()));
+    const auto* file = qobject_cast<const QFileDevice*>(&m_archive);
+    const QString name = file ? lastPathComponent(file->fileName()) : translate("the archive");
+    return OperationError(translate("Couldn't write “%1”: %2").arg(name, m_archive.errorString()));
 }
 
 }  // namespace wendrel

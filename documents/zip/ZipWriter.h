@@ -8,14 +8,15 @@
 #include <functional>
 #include <vector>
 
-class QFileDevice;
+class QIODevice;
 
 namespace wendrel {
 
 class DeflatePipeline;
 class OperationError;
 
-// Writes a ZIP archive into an open, seekable file, streaming.
+// Writes a ZIP archive into an open, seekable device (a file, or a buffer for a small package
+// built in memory), streaming.
 //
 // Entries are planned first (addEntry, addItem) and written by finish() in the order they were
 // added: each entry's local header, then its contents, then the central directory and the end
@@ -47,8 +48,8 @@ public:
     // Receives the bytes of contents written so far and the total planned; may throw to stop.
     using Progress = std::function<void(qint64 done, qint64 total)>;
 
-    explicit ZipWriter(QFileDevice& archive);
-    ZipWriter(QFileDevice& archive, Options options);
+    explicit ZipWriter(QIODevice& archive);
+    ZipWriter(QIODevice& archive, Options options);
     ~ZipWriter();
     ZipWriter(const ZipWriter&) = delete;
     ZipWriter& operator=(const ZipWriter&) = delete;
@@ -100,7 +101,7 @@ private:
     void seek(qint64 position);
     OperationError unwritable() const;
 
-    QFileDevice& m_archive;
+    QIODevice& m_archive;
     Options m_options;
     std::vector<PlannedEntry> m_entries;
     qint64 m_plannedBytes = 0;
