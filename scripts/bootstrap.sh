@@ -29,6 +29,10 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev unzip zip time python3 lcov hyperfine
     # independent readers the tests check outputs with (gio: GLib's desktop-entry Exec reader)
     libimage-exiftool-perl imagemagick libglib2.0-bin
+    # documents: books are checked by the EPUB validator, DOCX and RTF read back by pandoc, and
+    # DOCX and ODT opened by a real word processor, headless; large, but the only independent
+    # judges of these formats
+    epubcheck pandoc libreoffice-writer-nogui
 )
 
 missing=()
