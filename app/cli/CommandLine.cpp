@@ -92,6 +92,14 @@ std::variant<QStringList, QString> resolveFiles(const QStringList& arguments)
 
 }  // namespace
 
+bool runsEntryOf(const QStringList& arguments, const OperationCatalog& catalog)
+{
+    if (arguments.size() < 2 || arguments.at(1) != u"run")
+        return false;
+    return std::any_of(arguments.begin() + 2, arguments.end(),
+                       [&](const QString& argument) { return catalog.find(argument) != nullptr; });
+}
+
 bool mayRunTextDrawingEntry(const QStringList& arguments, const OperationCatalog& catalog)
 {
     if (!arguments.contains(u"run"))

@@ -19,6 +19,10 @@ class OperationCatalog;
 // the process's exit status.
 int runCommandLine(const QStringList& arguments, const OperationCatalog& catalog);
 
+// Whether the arguments run an entry that `catalog` already holds, so the command needs no other
+// layer's entries. Any other command (listing, help, an unknown entry) needs them all.
+bool runsEntryOf(const QStringList& arguments, const OperationCatalog& catalog);
+
 // Whether the arguments may run an entry that draws text, so the process must start Qt's GUI
 // layer. Errs towards yes: a file named like such an entry costs a few milliseconds.
 bool mayRunTextDrawingEntry(const QStringList& arguments, const OperationCatalog& catalog);

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
-#include "app/AllOperations.h"
+#include "ImagingLoader.h"
+#include "documents/DocumentOperations.h"
 #include "app/front/ApplicationIdentity.h"
 #include "operations/OperationCatalog.h"
 
@@ -13,12 +14,15 @@ extern "C" __attribute__((visibility("default"))) int wendrel_command_line_main(
     wendrel::setApplicationIdentity();
     // Quiet unless asked otherwise, from the start: registering the entries may log already.
     QLoggingCategory::setFilterRules(QStringLiteral("wendrel.*.info=false"));
-    wendrel::OperationCatalog catalog;
-    wendrel::registerAllOperations(catalog);
-
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
+
+    // Documents, archives and subtitles first; images and PDFs only when the command needs them.
+    wendrel::OperationCatalog catalog;
+    wendrel::registerDocumentOperations(catalog);
+    if (!wendrel::runsEntryOf(arguments, catalog))
+        wendrel::addImagingOperations(catalog);
     // Qt's fonts come only with a QGuiApplication; the offscreen platform gives one without a
     // display. Only runs of entries that lay out text pay for it: every other command starts
     // with the lighter core.

@@ -44,7 +44,8 @@ int runModule(Module module, int argc, char** argv)
     // Relative to the executable, as built and as installed (bin/ and lib/wendrel/).
     const std::string path = executableFolder() + "/" WENDREL_MODULE_FOLDER "/" +
                              (agent ? "wendrel-agent.so" : "wendrel-cli.so");
-    void* handle = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    // Globally: the imaging module the command line may load finds the operations core in it.
+    void* handle = ::dlopen(path.c_str(), RTLD_LAZY | (agent ? RTLD_LOCAL : RTLD_GLOBAL));
     if (!handle) {
         std::fprintf(stderr, "wendrel: this installation is incomplete: %s\n", ::dlerror());
         return 1;
