@@ -22,6 +22,9 @@ struct EntryDescription {
     // Lays out text with the desktop's fonts (page numbers, watermarks): its runs need Qt's
     // GUI layer, which the command line otherwise doesn't pay for.
     bool drawsText = false;
+    // Files of these types are converted without laying out text (Markdown to a web page is
+    // plain text processing), so runs on only such files don't need the GUI layer.
+    QList<ContentType> drawsNoTextFor;
 };
 
 }  // namespace wendrel

@@ -12,6 +12,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -39,6 +40,13 @@ public:
     const QString& description() const { return m_entry.description; }  // one line of help
     RingKind ring() const { return m_entry.ring; }
     bool drawsText() const { return m_entry.drawsText; }
+    // Whether a run on `paths` lays out text; errs towards yes.
+    bool drawsTextFor(const QStringList& paths) const
+    {
+        return m_entry.drawsText && (paths.isEmpty() || !std::all_of(paths.begin(), paths.end(), [&](const QString& path) {
+                   return ContentType::ofFile(path).conformsToAny(m_entry.drawsNoTextFor);
+               }));
+    }
     const QList<ContentType>& inputs() const { return m_entry.inputs; }
     const QList<ContentType>& excludes() const { return m_entry.excludes; }
 

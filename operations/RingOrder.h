@@ -15,7 +15,7 @@ inline constexpr std::string_view ringOrder[] = {
     "image.gif", "image.jxl", "image.ico", "image.pdf",
     "pdf.docx", "pdf.md", "pdf.epub", "pdf.txt", "pdf.jpg", "pdf.png",
     "media.mp4", "media.mov", "video.gif", "media.m4a", "media.wav", "media.aiff", "media.flac",
-    "document.docx", "document.html", "document.epub", "document.md",
+    "doc.pdf", "doc.docx", "doc.rtf", "doc.odt", "doc.html", "doc.txt", "doc.md", "doc.epub",
     "sheet.csv", "sheet.tsv", "sheet.xlsx",
     "subtitle.srt", "subtitle.vtt", "subtitle.txt",
     "archive.zip", "archive.unzip",

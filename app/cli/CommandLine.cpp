@@ -104,10 +104,21 @@ bool mayRunTextDrawingEntry(const QStringList& arguments, const OperationCatalog
 {
     if (!arguments.contains(u"run"))
         return false;
-    return std::any_of(arguments.begin(), arguments.end(), [&](const QString& argument) {
-        const FileOperationPtr entry = catalog.find(argument);
-        return entry && entry->drawsText();
-    });
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const FileOperationPtr entry = catalog.find(arguments.at(i));
+        if (!entry || !entry->drawsText())
+            continue;
+        // The files are the existing paths after the entry; option values are never files
+        // for an entry whose inputs decide this.
+        QStringList files;
+        for (qsizetype j = i + 1; j < arguments.size(); ++j) {
+            if (QFileInfo(arguments.at(j)).isFile())
+                files.append(arguments.at(j));
+        }
+        if (entry->drawsTextFor(files))
+            return true;
+    }
+    return false;
 }
 
 int runCommandLine(const QStringList& arguments, const OperationCatalog& catalog)
