@@ -353,6 +353,8 @@ private:
         if (!textIsShown())
             return;
         for (const QString& part : drawing.parts) {
+            if (++m_pictures > mostPictures)
+                throw OperationError(QCoreApplication::translate("Docx", "The document has too many pictures"));
             // A drawing's extent is the size of the one picture it shows; pictures grouped in
             // one drawing keep their own sizes.
             const bool sized = drawing.parts.size() == 1;
@@ -548,6 +550,7 @@ private:
     std::vector<ContentBlock> m_body;
     std::vector<TableState> m_tables;
     qint64 m_blocks = 0;
+    int m_pictures = 0;
 
     int m_paragraphDepth = 0;  // paragraphs of text boxes nest inside the paragraph holding them
     int m_paragraphElementDepth = 0;

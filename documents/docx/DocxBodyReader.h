@@ -17,6 +17,7 @@ class StyleSheet;
 inline constexpr int deepestTableNesting = 64;
 inline constexpr int widestTable = 1000;             // grid columns
 inline constexpr qint64 mostBlocks = 1'000'000;      // paragraphs and table cells together
+inline constexpr int mostPictures = 10'000;          // placed, the same picture counted each time
 
 // Reads the body of a main document part: paragraphs with their heading level, list placement
 // and styled runs, tables with spans and heading rows, pictures by the part they show, links

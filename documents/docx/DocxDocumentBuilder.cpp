@@ -155,7 +155,12 @@ private:
 void buildDocument(QTextDocument& document, const std::vector<ContentBlock>& body, const PictureSource& pictures)
 {
     document.setUndoRedoEnabled(false);
-    Builder(document, QTextCursor(&document), pictures).build(body);
+    // One edit block: outside one, every insertion lays out its whole paragraph again to place
+    // the cursor, which makes long paragraphs quadratic.
+    QTextCursor cursor(&document);
+    cursor.beginEditBlock();
+    Builder(document, cursor, pictures).build(body);
+    cursor.endEditBlock();
 }
 
 }  // namespace wendrel::docx

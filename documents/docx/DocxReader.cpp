@@ -21,7 +21,6 @@ namespace {
 
 constexpr qint64 largestPicture = 64LL * 1024 * 1024;
 constexpr qint64 pictureBudget = 256LL * 1024 * 1024;  // all pictures together
-constexpr int mostPictures = 10'000;                   // placed, the same picture counted each time
 
 // Reads image parts once each, refusing a document whose pictures together pass the budget.
 class PictureParts {
@@ -30,8 +29,6 @@ public:
 
     std::optional<QByteArray> operator()(const QString& partPath)
     {
-        if (++m_placed > mostPictures)
-            throw OperationError(QCoreApplication::translate("Docx", "The document has too many pictures"));
         if (const auto known = m_read.constFind(partPath); known != m_read.cend())
             return known.value();
         std::optional<QByteArray> bytes = m_package.part(partPath, largestPicture);
@@ -58,7 +55,6 @@ private:
     const docx::DocxPackage& m_package;
     QHash<QString, std::optional<QByteArray>> m_read;
     qint64 m_total = 0;
-    int m_placed = 0;
 };
 
 }  // namespace
