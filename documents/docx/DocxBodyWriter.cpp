@@ -69,9 +69,11 @@ public:
     {
         m_xml.writeStartElement(wordNs, QStringLiteral("p"));
         writeParagraphProperties(block);
-        const QList<document::Run> runs = document::runs(block);
+        QList<document::Run> runs = document::runs(block);
         QString openLink;
-        for (const document::Run& run : runs) {
+        for (document::Run& run : runs) {
+            if (document::headingLevel(block))
+                run.style.bold = false;  // the heading's style is bold already
             if (run.style.link != openLink) {
                 if (!openLink.isEmpty())
                     m_xml.writeEndElement();  // hyperlink
@@ -273,6 +275,8 @@ private:
         m_xml.writeStartElement(wordNs, QStringLiteral("rPr"));
         if (!style.link.isEmpty())
             writeEmpty(u"rStyle", {{u"val", QStringLiteral("Hyperlink")}});
+        else if (style.code)
+            writeEmpty(u"rStyle", {{u"val", QStringLiteral("VerbatimChar")}});
         if (style.code) {
             const QString font = QStringLiteral("Courier New");
             writeEmpty(u"rFonts", {{u"ascii", font}, {u"hAnsi", font}, {u"cs", font}});

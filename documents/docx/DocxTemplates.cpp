@@ -101,6 +101,10 @@ QByteArray stylesXml()
     xml += R"(<w:style w:type="character" w:styleId="Hyperlink"><w:name w:val="Hyperlink"/>)"
            R"(<w:basedOn w:val="DefaultParagraphFont"/><w:uiPriority w:val="99"/><w:unhideWhenUsed/>)"
            R"(<w:rPr><w:color w:val="0563C1"/><w:u w:val="single"/></w:rPr></w:style>)";
+    // Code: the name other readers know monospace text by, with the font that shows it.
+    xml += R"(<w:style w:type="character" w:styleId="VerbatimChar"><w:name w:val="Verbatim Char"/>)"
+           R"(<w:basedOn w:val="DefaultParagraphFont"/><w:rPr>)"
+           R"(<w:rFonts w:ascii="Courier New" w:hAnsi="Courier New" w:cs="Courier New"/><w:sz w:val="20"/></w:rPr></w:style>)";
     xml += R"(<w:style w:type="table" w:default="1" w:styleId="TableNormal"><w:name w:val="Normal Table"/>)"
            R"(<w:uiPriority w:val="99"/><w:semiHidden/><w:unhideWhenUsed/><w:tblPr><w:tblInd w:w="0" w:type="dxa"/>)"
            R"(<w:tblCellMar><w:top w:w="0" w:type="dxa"/><w:left w:w="108" w:type="dxa"/>)"
