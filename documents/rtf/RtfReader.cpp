@@ -10,7 +10,9 @@
 
 #include "operations/OperationError.h"
 
+#include <QBuffer>
 #include <QHash>
+#include <QImageReader>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -50,6 +52,16 @@ QByteArray bytesOfHex(const QByteArray& digits)
     for (qsizetype index = 0; index + 1 < digits.size(); index += 2)
         bytes.append(static_cast<char>(hexDigitValue(digits[index]) * 16 + hexDigitValue(digits[index + 1])));
     return bytes;  // an odd digit at the end is dropped
+}
+
+// Whether a picture's header gives its size: cut-off or damaged pictures are left out.
+bool hasReadableSize(const QByteArray& bytes)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    const QSize size = QImageReader(&buffer).size();
+    return size.isValid() && !size.isEmpty();
 }
 
 class Interpreter {
@@ -549,7 +561,7 @@ private:
         QByteArray bytes = picture.binary.isEmpty() ? bytesOfHex(picture.hexDigits) : picture.binary;
         const bool png = picture.kind == PictureInProgress::Kind::Png && bytes.startsWith("\x89PNG");
         const bool jpeg = picture.kind == PictureInProgress::Kind::Jpeg && bytes.startsWith("\xFF\xD8");
-        if (!png && !jpeg)
+        if ((!png && !jpeg) || !hasReadableSize(bytes))
             return;  // metafiles, device-dependent bitmaps and broken data have no place in the model
         const auto points = [](int goal, int scale) {
             return goal > 0 ? goal / 20.0 * std::clamp(scale > 0 ? scale : 100, 1, 1000) / 100.0 : 0.0;

@@ -66,6 +66,7 @@ TEST(RtfBadInputTest, BadInputIsRefusedOrReadAsFarAsItGoes)
         {"unbalanced field", "{\\rtf1 {\\field{\\*\\fldinst HYPERLINK \"u\"}{\\fldrslt a}}}}b}", Outcome::Read,
          "p [a](u)"},
         {"a picture that isn't one", "{\\rtf1 {\\pict\\pngblip 0123456789abcdef}\\par}", Outcome::Read, ""},
+        {"a PNG cut off in its header", "{\\rtf1 {\\pict\\pngblip 89504e470d0a1a0a0000000d4948}\\par}", Outcome::Read, ""},
     };
     for (const BadInput& testCase : cases) {
         SCOPED_TRACE(testCase.name);
