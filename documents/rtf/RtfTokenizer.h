@@ -29,8 +29,6 @@ public:
     // can't ask for more memory than the file already takes.
     QByteArrayView takeBinary(qint64 count);
 
-    qsizetype position() const { return m_position; }
-
 private:
     Token controlAfterBackslash();
 
