@@ -21,10 +21,14 @@ constexpr qint64 largestContent = 8LL * 1024 * 1024 * 1024;
 // One cell's text, as long as a delimited field may be.
 constexpr qsizetype longestCellText = sheet::longestDelimitedField;
 
-qint64 repeatCount(const SheetXmlReader& xml, QStringView attribute)
+const QString officeNamespace = QStringLiteral("urn:oasis:names:tc:opendocument:xmlns:office:1.0");
+const QString tableNamespace = QStringLiteral("urn:oasis:names:tc:opendocument:xmlns:table:1.0");
+const QString textNamespace = QStringLiteral("urn:oasis:names:tc:opendocument:xmlns:text:1.0");
+
+qint64 repeatCount(const SheetXmlReader& xml, const QString& namespaceUri, QLatin1StringView attribute)
 {
     bool ok = false;
-    const qint64 count = xml.attribute(attribute).toLongLong(&ok);
+    const qint64 count = xml.attribute(namespaceUri, attribute).toLongLong(&ok);
     return ok && count >= 1 ? count : 1;
 }
 
@@ -112,7 +116,7 @@ private:
 
     void readRow()
     {
-        const qint64 repeat = repeatCount(m_xml, u"number-rows-repeated");
+        const qint64 repeat = repeatCount(m_xml, tableNamespace, QLatin1StringView("number-rows-repeated"));
         m_cells.clear();
         while (!m_xml.atEnd()) {
             const QXmlStreamReader::TokenType token = m_xml.next();
@@ -121,7 +125,7 @@ private:
             if (token != QXmlStreamReader::StartElement)
                 continue;
             if (m_xml.name() == u"table-cell" || m_xml.name() == u"covered-table-cell") {
-                const qint64 cellRepeat = repeatCount(m_xml, u"number-columns-repeated");
+                const qint64 cellRepeat = repeatCount(m_xml, tableNamespace, QLatin1StringView("number-columns-repeated"));
                 m_cells.add(readCell(), cellRepeat);
             } else {
                 m_xml.skipCurrentElement();
@@ -134,12 +138,13 @@ private:
 
     SheetCell readCell()
     {
-        const QString type = m_xml.attribute(u"value-type");
-        const QString value = m_xml.attribute(u"value");
-        const QString dateValue = m_xml.attribute(u"date-value");
-        const QString timeValue = m_xml.attribute(u"time-value");
-        const QString booleanValue = m_xml.attribute(u"boolean-value");
-        const QString stringValue = m_xml.attribute(u"string-value");
+        // Office's own attributes: newer writers add a value-type of their own beside them.
+        const QString type = m_xml.attribute(officeNamespace, QLatin1StringView("value-type"));
+        const QString value = m_xml.attribute(officeNamespace, QLatin1StringView("value"));
+        const QString dateValue = m_xml.attribute(officeNamespace, QLatin1StringView("date-value"));
+        const QString timeValue = m_xml.attribute(officeNamespace, QLatin1StringView("time-value"));
+        const QString booleanValue = m_xml.attribute(officeNamespace, QLatin1StringView("boolean-value"));
+        const QString stringValue = m_xml.attribute(officeNamespace, QLatin1StringView("string-value"));
         const QString text = cellText();
 
         if (type == u"float" || type == u"percentage" || type == u"currency") {
@@ -197,7 +202,7 @@ private:
                 --depth;
             } else if (token == QXmlStreamReader::StartElement) {
                 if (m_xml.name() == u"s") {
-                    const qint64 spaces = repeatCount(m_xml, u"c");
+                    const qint64 spaces = repeatCount(m_xml, textNamespace, QLatin1StringView("c"));
                     if (spaces > longestCellText)
                         throw sheet::unreadableTable(QStringLiteral("a run of spaces too long"));
                     append(text, QString(qsizetype(spaces), u' '));

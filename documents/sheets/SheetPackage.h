@@ -52,6 +52,11 @@ public:
 
     // The attribute's value by local name, whatever its namespace prefix.
     QString attribute(QStringView localName) const;
+    // ...or in one namespace only, where another one uses the same name.
+    QString attribute(const QString& namespaceUri, QLatin1StringView localName) const
+    {
+        return attributes().value(namespaceUri, localName).toString();
+    }
 };
 
 // Ends the reading of a workbook when its XML is damaged: `what` names the part for the log.

@@ -230,13 +230,13 @@ TEST_F(SheetWorkbookTest, ReadsTheFirstTableOfAnOpenDocumentSpreadsheetRepeatsAn
     const QString file = path(u"made.ods"_s);
     const QString content = uR"(<office:document-content xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0"
  xmlns:table="urn:oasis:names:tc:opendocument:xmlns:table:1.0" xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0"
- office:version="1.2"><office:body><office:spreadsheet>
+ xmlns:calcext="urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0" office:version="1.2"><office:body><office:spreadsheet>
 <table:table table:name="First"><table:table-column table:number-columns-repeated="5"/>
 <table:table-header-rows><table:table-row><table:table-cell office:value-type="string"><text:p>Name</text:p></table:table-cell>
 <table:table-cell table:number-columns-repeated="2"/><table:table-cell office:value-type="string"><text:p>Value</text:p></table:table-cell>
 </table:table-row></table:table-header-rows>
 <table:table-row table:number-rows-repeated="2"><table:table-cell office:value-type="float" office:value="1.5"><text:p>1,5</text:p></table:table-cell>
-<table:table-cell office:value-type="percentage" office:value="0.25"><text:p>25%</text:p></table:table-cell>
+<table:table-cell calcext:value-type="error" office:value-type="percentage" office:value="0.25"><text:p>25%</text:p></table:table-cell>
 <table:table-cell office:value-type="currency" office:currency="EUR" office:value="-3"><text:p>-3,00 €</text:p></table:table-cell></table:table-row>
 <table:table-row><table:table-cell office:value-type="date" office:date-value="2024-03-09"><text:p>09.03.24</text:p></table:table-cell>
 <table:table-cell office:value-type="date" office:date-value="2024-03-09T14:30:00"/><table:table-cell office:value-type="time" office:time-value="PT18H00M00S"/>
