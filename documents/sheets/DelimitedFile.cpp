@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QStringDecoder>
 
+#include <algorithm>
+
 namespace wendrel {
 
 namespace {
@@ -16,6 +18,7 @@ namespace {
 constexpr qint64 pieceBytes = 1 << 20;
 // Enough of the start to hold the lines the delimiter is guessed from.
 constexpr qsizetype detectionChars = 64 * 1024;
+constexpr qsizetype sliceChars = 16 * 1024;
 
 QStringDecoder::Encoding encodingFromMark(const QByteArray& start)
 {
@@ -58,6 +61,7 @@ void readDelimitedFile(const QString& path, const DelimitedReadOptions& options,
     SheetRow row;
     int rowsInBatch = 0;
     qint64 bytesRead = 0;
+    double fraction = 0;  // of the file read, as far as the parser has got
     const auto handOn = [&](const QStringList& fields) {
         row.resize(fields.size());
         for (qsizetype i = 0; i < fields.size(); ++i)
@@ -66,7 +70,7 @@ void readDelimitedFile(const QString& path, const DelimitedReadOptions& options,
         if (++rowsInBatch == sheet::rowsPerBatch) {
             rowsInBatch = 0;
             if (progress)
-                progress(size > 0 ? double(bytesRead) / double(size) : 0);
+                progress(fraction);
         }
     };
 
@@ -90,6 +94,7 @@ void readDelimitedFile(const QString& path, const DelimitedReadOptions& options,
             encoding = encodingFromMark(piece);
             decoder.emplace(encoding);
         }
+        const qint64 pieceStart = bytesRead;
         bytesRead += piece.size();
         if (!piece.isEmpty())
             tail = piece.right(4);
@@ -97,13 +102,22 @@ void readDelimitedFile(const QString& path, const DelimitedReadOptions& options,
         if (decoder->hasError() || (atEnd && endsInsideCharacter(tail, bytesRead, encoding)))
             throw sheet::notUtf8Table();
 
+        // In slices, so progress moves within a piece too.
+        const auto feed = [&](QStringView all) {
+            for (qsizetype at = 0; at < all.size(); at += sliceChars) {
+                const qsizetype end = std::min(all.size(), at + sliceChars);
+                fraction = size > 0 ? (double(pieceStart) + double(piece.size()) * double(end) / double(all.size())) / double(size)
+                                    : 0;
+                parser->feed(all.sliced(at, end - at));
+            }
+        };
         if (parser) {
-            parser->feed(text);
+            feed(text);
         } else {
             head += text;
             if (head.size() >= detectionChars || atEnd) {
                 parser.emplace(detectDelimiter(head), handOn);
-                parser->feed(head);
+                feed(head);
                 head.clear();
             }
         }

@@ -189,15 +189,17 @@ private:
 
     void readCell()
     {
-        const QString reference = m_xml.attribute(u"r");
+        // A cell's own attributes are never prefixed: looked up once, by name.
+        const QXmlStreamAttributes attributes = m_xml.attributes();
+        const QStringView reference = attributes.value(QLatin1StringView("r"));
         if (!reference.isEmpty()) {
             const std::optional<CellPosition> position = parseCellReference(reference);
             if (!position)
-                throw sheet::unreadableTable(QStringLiteral("cell reference ") + reference);
+                throw sheet::unreadableTable(QStringLiteral("cell reference ") + reference.toString());
             m_cells.skipTo(position->column);
         }
-        const QString type = m_xml.attribute(u"t");
-        const QString style = m_xml.attribute(u"s");
+        const QString type = attributes.value(QLatin1StringView("t")).toString();
+        const QString style = attributes.value(QLatin1StringView("s")).toString();
         QString value;
         std::optional<QString> inlineText;
         while (!m_xml.atEnd()) {

@@ -169,9 +169,8 @@ void XlsxWriter::writeRow(const SheetRow& row)
 
 void XlsxWriter::appendValueCell(const QByteArray& reference, const char* attributes, const QByteArray& value)
 {
-    m_sheetBuffer += "<c r=\"" + reference + '"';
-    m_sheetBuffer += attributes;
-    m_sheetBuffer += "><v>" + value + "</v></c>";
+    m_sheetBuffer.append("<c r=\"").append(reference).append('"').append(attributes);
+    m_sheetBuffer.append("><v>").append(value).append("</v></c>");
 }
 
 void XlsxWriter::appendCell(int column, const SheetCell& cell)

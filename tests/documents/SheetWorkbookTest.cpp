@@ -3,6 +3,7 @@
 #include "documents/sheets/SheetConversion.h"
 #include "documents/sheets/WorkbookReading.h"
 #include "documents/sheets/XlsxWriter.h"
+#include "operations/OperationError.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -356,4 +357,56 @@ TEST_F(SheetWorkbookTest, ASpreadsheetProgramAgreesWhenOneIsInstalled)
     ASSERT_TRUE(office.waitForFinished(180'000));
     EXPECT_EQ(readFile(converted.filePath(u"ours.csv"_s)).replace("\r\n", "\n"),
               "name,amount,when\n\"Smith, Ann\",1234.5,2024-03-09\nBo,-2,2024-12-31\n");
+}
+
+TEST_F(SheetWorkbookTest, TablesBeyondAWorkbooksLimitsAreRefusedInWords)
+{
+    const auto writing = [&](const std::function<void(XlsxWriter&)>& rows) {
+        return errorMessageOf([&] {
+            QTemporaryDir own;
+            XlsxWriter writer(own.path());
+            rows(writer);
+            writer.finish(path(u"limits.xlsx"_s));
+        });
+    };
+    EXPECT_EQ(writing([](XlsxWriter& writer) { writer.writeRow({SheetCell::ofText(QString(32'767, u'x'))}); }),
+              u"(no error)");
+    EXPECT_EQ(writing([](XlsxWriter& writer) { writer.writeRow({SheetCell::ofText(QString(32'768, u'x'))}); }),
+              u"A cell holds more than 32,767 characters, more than an XLSX workbook allows");
+    EXPECT_EQ(writing([](XlsxWriter& writer) {
+                  SheetRow wide(16'384, SheetCell::ofNumber(1));
+                  writer.writeRow(wide);
+                  wide.append(SheetCell{});  // trailing empty cells take no column
+                  writer.writeRow(wide);
+                  wide.append(SheetCell::ofNumber(2));
+                  writer.writeRow(wide);
+              }),
+              u"The table has more than 16,384 columns, more than an XLSX workbook holds");
+    EXPECT_EQ(writing([](XlsxWriter& writer) {
+                  for (int row = 0; row <= 1'048'576; ++row)
+                      writer.writeRow(row % 100'000 == 0 ? SheetRow{SheetCell::ofNumber(row)} : SheetRow{});
+              }),
+              u"The table has more than 1,048,576 rows, more than an XLSX workbook holds");
+}
+
+TEST_F(SheetWorkbookTest, ProgressComesInBatchesAndAThrowStopsTheConversion)
+{
+    const QString csv = path(u"long.csv"_s);
+    QByteArray text;
+    for (int row = 0; row < 20'000; ++row)
+        text += QByteArray::number(row) + ",row " + QByteArray::number(row) + "\n";
+    writeFile(csv, text);
+    QList<double> reports;
+    const QString message = errorMessageOf([&] {
+        convertSheet(csv, SheetFormat::csv, path(u"long.xlsx"_s), SheetFormat::xlsx, scratch.path(), [&](double fraction) {
+            reports.append(fraction);
+            if (reports.size() == 3)
+                throw OperationCancelled();
+        });
+    });
+    EXPECT_EQ(message, OperationCancelled().message());
+    ASSERT_EQ(reports.size(), 3);
+    EXPECT_TRUE(reports[0] > 0 && reports[0] <= reports[1] && reports[1] <= reports[2] && reports[2] < 1)
+        << reports[0] << " " << reports[1] << " " << reports[2];
+    EXPECT_FALSE(QFile::exists(path(u"long.xlsx"_s)));
 }
