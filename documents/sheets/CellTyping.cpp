@@ -130,6 +130,16 @@ std::optional<QTime> isoTime(QStringView text)
 
 }  // namespace
 
+std::optional<double> storedNumber(QStringView text)
+{
+    const QByteArray latin = text.trimmed().toLatin1();
+    double value = 0;
+    const auto parsed = std::from_chars(latin.constData(), latin.constData() + latin.size(), value);
+    if (latin.isEmpty() || parsed.ec != std::errc() || parsed.ptr != latin.constData() + latin.size())
+        return std::nullopt;
+    return value;
+}
+
 SheetCell typedCell(const QString& field)
 {
     if (field.isEmpty())

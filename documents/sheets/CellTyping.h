@@ -2,6 +2,8 @@
 
 #include "SheetCell.h"
 
+#include <optional>
+
 namespace wendrel {
 
 // What a field of a delimited file holds, for formats that keep types (a workbook made from a
@@ -19,5 +21,9 @@ namespace wendrel {
 //   - dateTime: the same day then 'T' and hh:mm, hh:mm:ss or hh:mm:ss.fff;
 //   - text: everything else, exactly as written.
 SheetCell typedCell(const QString& field);
+
+// A number as a workbook stores it (any form C++ reads: "1e-07", "-0.5", blanks around it);
+// nothing for anything else.
+std::optional<double> storedNumber(QStringView text);
 
 }  // namespace wendrel

@@ -29,11 +29,10 @@ QStringDecoder::Encoding encodingFromMark(const QByteArray& start)
     return QStringDecoder::Utf8;  // its mark, if any, the decoder drops
 }
 
-// True when text of `totalBytes` bytes, the last of them `tail`, ends inside a character: the
+// True when text of `totalBytes` bytes, the last of them `bytes`, ends inside a character: the
 // decoder waits for the rest and never says.
-bool endsInsideCharacter(const QByteArray& tail, qint64 totalBytes, QStringDecoder::Encoding encoding)
+bool endsInsideCharacter(const QByteArray& bytes, qint64 totalBytes, QStringDecoder::Encoding encoding)
 {
-    const QByteArray& bytes = tail;
     if (encoding != QStringDecoder::Utf8)
         return totalBytes % 2 != 0;
     for (qsizetype back = 1; back <= 3 && back <= bytes.size(); ++back) {

@@ -1,6 +1,7 @@
 #include "WorkbookReading.h"
 
 #include "RowAssembly.h"
+#include "CellTyping.h"
 #include "SheetErrors.h"
 #include "SheetLimits.h"
 #include "SheetPackage.h"
@@ -9,7 +10,6 @@
 #include <QDir>
 #include <QRegularExpression>
 
-#include <charconv>
 
 namespace wendrel {
 
@@ -32,15 +32,6 @@ qint64 repeatCount(const SheetXmlReader& xml, const QString& namespaceUri, QLati
     return ok && count >= 1 ? count : 1;
 }
 
-std::optional<double> parseNumber(const QString& text)
-{
-    const QByteArray latin = text.trimmed().toLatin1();
-    double value = 0;
-    const auto parsed = std::from_chars(latin.constData(), latin.constData() + latin.size(), value);
-    if (latin.isEmpty() || parsed.ec != std::errc() || parsed.ptr != latin.constData() + latin.size())
-        return std::nullopt;
-    return value;
-}
 
 // "PT14H30M05.5S", a duration, as the time of day it is when under a day.
 std::optional<QTime> timeOfDay(const QString& duration)
@@ -148,7 +139,7 @@ private:
         const QString text = cellText();
 
         if (type == u"float" || type == u"percentage" || type == u"currency") {
-            if (const std::optional<double> number = parseNumber(value))
+            if (const std::optional<double> number = storedNumber(value))
                 return SheetCell::ofNumber(*number);
         } else if (type == u"date") {
             const SheetCell date = cellFromIsoDate(dateValue.trimmed());

@@ -3,6 +3,7 @@
 #include "CellReference.h"
 #include "OoxmlText.h"
 #include "RowAssembly.h"
+#include "CellTyping.h"
 #include "SheetErrors.h"
 #include "SheetPackage.h"
 #include "SpreadsheetDates.h"
@@ -11,7 +12,6 @@
 #include <QDir>
 #include <QHash>
 
-#include <charconv>
 
 namespace wendrel {
 
@@ -141,15 +141,6 @@ QList<NumberFormatKind> readStyleKinds(const QByteArray& xml)
     return kinds;
 }
 
-std::optional<double> parseNumber(const QString& text)
-{
-    const QByteArray latin = text.trimmed().toLatin1();
-    double value = 0;
-    const auto parsed = std::from_chars(latin.constData(), latin.constData() + latin.size(), value);
-    if (latin.isEmpty() || parsed.ec != std::errc() || parsed.ptr != latin.constData() + latin.size())
-        return std::nullopt;
-    return value;
-}
 
 class SheetReader {
 public:
@@ -240,7 +231,7 @@ private:
             return value.isEmpty() ? SheetCell{} : cellFromIsoDate(value.trimmed());
         if (value.isEmpty())
             return {};
-        const std::optional<double> number = parseNumber(value);
+        const std::optional<double> number = storedNumber(value);
         if (!number)
             return SheetCell::ofText(value);  // not what a number cell should hold, but all it says
         const int styleIndex = style.toInt();
