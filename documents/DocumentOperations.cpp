@@ -1,5 +1,6 @@
 #include "DocumentOperations.h"
 
+#include "sheets/SheetOperations.h"
 #include "subtitles/SubtitleOperations.h"
 #include "zip/ArchiveOperations.h"
 
@@ -7,6 +8,7 @@ namespace wendrel {
 
 void registerDocumentOperations(OperationCatalog& catalog)
 {
+    registerSheetOperations(catalog);
     registerSubtitleOperations(catalog);
     registerArchiveOperations(catalog);
 }
