@@ -24,7 +24,7 @@ namespace {
 constexpr int maximumDepth = 200;
 constexpr int maximumTableColumns = 1024;
 constexpr int maximumRowRepeat = 1000;
-constexpr qint64 maximumTableCells = 1'000'000;
+constexpr qint64 maximumTableCells = 200'000;
 constexpr int maximumSpaces = 10'000;
 
 OperationError tooLarge()
@@ -367,6 +367,8 @@ private:
         QTextTable* table = reading.table;
         if (!table)
             return;
+        if (table->rows() > reading.rows)
+            table->removeRows(reading.rows, table->rows() - reading.rows);
         for (const CellSpan& span : reading.spans) {
             const int rows = std::min(span.rows, table->rows() - span.row);
             const int columns = std::min(span.columns, table->columns() - span.column);
@@ -407,19 +409,21 @@ private:
         }
     }
 
-    void appendRow(TableReading& reading)
+    // Rows are added in growing batches and the spare ones removed at the end: every change
+    // to a table's rows makes Qt index its cells anew, so row after row would take time
+    // growing with the square of the table's size.
+    void appendRows(TableReading& reading, int count)
     {
+        countCells(qint64(std::max(1, reading.table ? reading.table->columns() : reading.declaredColumns)) * count);
+        const int needed = reading.rows + count;
         if (!reading.table) {
             QTextTableFormat format;
             format.setBorder(1);
-            const int columns = std::max(1, reading.declaredColumns);
-            countCells(columns);
-            reading.table = m_container.cursor.insertTable(1, columns, format);
-        } else {
-            countCells(reading.table->columns());
-            reading.table->appendRows(1);
+            reading.table = m_container.cursor.insertTable(needed, std::max(1, reading.declaredColumns), format);
+        } else if (reading.table->rows() < needed) {
+            reading.table->appendRows(std::max(needed - reading.table->rows(), reading.table->rows()));
         }
-        ++reading.rows;
+        reading.rows = needed;
         if (reading.inHeader)
             reading.headerRows = reading.rows;
     }
@@ -436,7 +440,7 @@ private:
         enter(depth);
         const int repeat = std::clamp(attribute(tableNs, QStringLiteral("number-rows-repeated")).toInt(), 1,
                                       maximumRowRepeat);
-        appendRow(reading);
+        appendRows(reading, 1);
         const int row = reading.rows - 1;
         int column = 0;
         while (m_xml.readNextStartElement()) {
@@ -456,10 +460,9 @@ private:
                 continue;
             }
             const int needed = std::min(column + std::max(cellRepeat, columnSpan), maximumTableColumns);
-            if (needed > reading.table->columns()) {
-                countCells(qint64(needed - reading.table->columns()) * reading.table->rows());
+            countCells(qint64(std::max(0, needed - reading.table->columns())) * reading.rows);
+            if (needed > reading.table->columns())
                 reading.table->appendColumns(needed - reading.table->columns());
-            }
             if (covered) {
                 m_xml.skipCurrentElement();
             } else {
@@ -469,8 +472,8 @@ private:
             }
             column += cellRepeat;  // a repeated cell's copies stay empty
         }
-        for (int copy = 1; copy < repeat; ++copy)
-            appendRow(reading);  // repeated rows are as good as always empty in a text document
+        if (repeat > 1)
+            appendRows(reading, repeat - 1);  // repeated rows are as good as always empty in a text document
     }
 
     void readCell(int depth, const QTextTableCell& cell)

@@ -240,7 +240,7 @@ public:
             m_xml.writeAttribute(QStringLiteral("table:number-columns-spanned"), QString::number(cell.columnSpan()));
         if (cell.rowSpan() > 1)
             m_xml.writeAttribute(QStringLiteral("table:number-rows-spanned"), QString::number(cell.rowSpan()));
-        m_nextColumn.back() = cell.column() + cell.columnSpan();
+        m_nextColumn.back() = cell.column() + 1;  // the columns it spans follow as covered cells
         ++m_cellDepth;
         m_lists.emplace_back();
     }
