@@ -39,9 +39,11 @@ void drawPages(QTextDocument& copy, QPdfWriter& writer)
     const QSizeF textArea(area.width(), area.height() - pageNumberHeight);
     const double pixelsPer96 = writer.resolution() / 96.0;
 
+    // Prepared before the layout exists: every change to a laid-out document lays it out
+    // again, which for a long one takes minutes.
+    prepareForPrinting(copy, textArea.width() / pixelsPer96);
     QAbstractTextDocumentLayout* layout = copy.documentLayout();
     layout->setPaintDevice(&writer);
-    prepareForPrinting(copy, textArea.width() / pixelsPer96);
     copy.setPageSize(textArea);
 
     QFont numberFont(QStringLiteral("DejaVu Sans"), 9);
