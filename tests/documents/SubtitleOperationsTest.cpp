@@ -14,6 +14,7 @@
 
 using namespace wendrel;
 using namespace wendrel::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -26,9 +27,7 @@ const QByteArray talkSrt =
 QStringList cueStartsByFfprobe(const QString& path)
 {
     QProcess probe;
-    probe.start(QStringLiteral("ffprobe"),
-                {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
-                 QStringLiteral("packet=pts_time"), QStringLiteral("-of"), QStringLiteral("csv=p=0"), path});
+    probe.start(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-show_entries"_s, u"packet=pts_time"_s, u"-of"_s, u"csv=p=0"_s, path});
     if (!probe.waitForFinished(30'000) || probe.exitCode() != 0)
         return {QStringLiteral("ffprobe failed: ") + QString::fromUtf8(probe.readAllStandardError())};
     return QString::fromUtf8(probe.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
@@ -60,18 +59,31 @@ protected:
 
 }  // namespace
 
-TEST_F(SubtitleOperationsTest, SrtBecomesVttBesideItThenTalk2)
+// Results land beside the original, which stays as it was; a second run counts up.
+TEST_F(SubtitleOperationsTest, EachTargetWritesBesideTheOriginal)
 {
-    const JobReport first = run("subtitle.vtt", {source});
-    const JobReport second = run("subtitle.vtt", {source});
-
-    ASSERT_TRUE(first.succeeded) << first.message.toStdString();
-    EXPECT_EQ(first.results, QStringList{folder.filePath(QStringLiteral("talk.vtt"))});
-    EXPECT_EQ(second.results, QStringList{folder.filePath(QStringLiteral("talk 2.vtt"))});
-    EXPECT_EQ(readFile(first.results.first()),
-              "WEBVTT\n\n00:00:02.150 --> 00:00:05.660\nMorning. Is the ferry still running today?\n\n"
-              "00:00:06.197 --> 00:00:10.092\nOnly the early one.\nThe wind picked up.\n\n"
-              "00:01:10.766 --> 00:01:13.176\n<i>[engine idling]</i>\n\n");
+    const struct {
+        const char* id;
+        const char* name;
+        QByteArray contents;
+    } rows[] = {
+        {"subtitle.vtt", "talk.vtt",
+         "WEBVTT\n\n00:00:02.150 --> 00:00:05.660\nMorning. Is the ferry still running today?\n\n"
+         "00:00:06.197 --> 00:00:10.092\nOnly the early one.\nThe wind picked up.\n\n"
+         "00:01:10.766 --> 00:01:13.176\n<i>[engine idling]</i>\n\n"},
+        {"subtitle.vtt", "talk 2.vtt", {}},
+        // Text keeps only the spoken lines.
+        {"subtitle.txt", "talk.txt",
+         "Morning. Is the ferry still running today?\nOnly the early one.\nThe wind picked up.\n<i>[engine idling]</i>\n"},
+    };
+    for (const auto& row : rows) {
+        const JobReport report = run(row.id, {source});
+        ASSERT_TRUE(report.succeeded) << row.id << ": " << report.message.toStdString();
+        EXPECT_EQ(report.results, QStringList{folder.filePath(QString::fromUtf8(row.name))});
+        if (!row.contents.isEmpty()) {
+            EXPECT_EQ(readFile(report.results.first()), row.contents) << row.name;
+        }
+    }
     EXPECT_EQ(readFile(source), talkSrt);
 }
 
@@ -88,15 +100,6 @@ TEST_F(SubtitleOperationsTest, OutputsReadBackInAnIndependentReader)
     ASSERT_TRUE(srt.succeeded);
     EXPECT_EQ(QFileInfo(srt.results.first()).fileName(), u"talk 2.srt");
     EXPECT_EQ(cueStartsByFfprobe(srt.results.first()), expected);
-}
-
-TEST_F(SubtitleOperationsTest, TextKeepsOnlyTheSpokenLines)
-{
-    const JobReport report = run("subtitle.txt", {source});
-    ASSERT_TRUE(report.succeeded);
-    EXPECT_EQ(readFile(report.results.first()),
-              "Morning. Is the ferry still running today?\nOnly the early one.\nThe wind picked up.\n"
-              "<i>[engine idling]</i>\n");
 }
 
 TEST_F(SubtitleOperationsTest, BadInputsGiveClearMessagesAndWriteNothing)
@@ -121,23 +124,18 @@ TEST_F(SubtitleOperationsTest, BadInputsGiveClearMessagesAndWriteNothing)
         EXPECT_EQ(readFile(path), bad.bytes);
     }
     EXPECT_EQ(folderEntries(folder.path()),
-              (QStringList{QStringLiteral("binary.srt"), QStringLiteral("empty.srt"), QStringLiteral("latin1.srt"),
-                           QStringLiteral("notes.vtt"), QStringLiteral("talk.srt")}));
-}
-
-TEST_F(SubtitleOperationsTest, FileThatVanishedSaysWhy)
-{
-    const JobReport report = run("subtitle.vtt", {folder.filePath(QStringLiteral("gone.srt"))});
-    EXPECT_FALSE(report.succeeded);
-    EXPECT_TRUE(report.message.startsWith(u"Couldn't read “gone.srt”")) << report.message.toStdString();
+              (QStringList{u"binary.srt"_s, u"empty.srt"_s, u"latin1.srt"_s, u"notes.vtt"_s, u"talk.srt"_s}));
+    const JobReport vanished = run("subtitle.vtt", {folder.filePath(u"gone.srt"_s)});
+    EXPECT_FALSE(vanished.succeeded);
+    EXPECT_TRUE(vanished.message.startsWith(u"Couldn't read “gone.srt”")) << vanished.message.toStdString();
 }
 
 TEST_F(SubtitleOperationsTest, EntriesTakeSubRipAndWebVttOnly)
 {
-    writeFile(folder.filePath(QStringLiteral("notes.txt")), "hello");
-    writeFile(folder.filePath(QStringLiteral("talk.vtt")), "WEBVTT\n");
+    writeFile(folder.filePath(u"notes.txt"_s), "hello");
+    writeFile(folder.filePath(u"talk.vtt"_s), "WEBVTT\n");
     EXPECT_EQ(catalog.fitting(RingKind::convert, {source}).size(), 3);
-    EXPECT_EQ(catalog.fitting(RingKind::convert, {folder.filePath(QStringLiteral("talk.vtt"))}).size(), 3);
-    EXPECT_TRUE(catalog.fitting(RingKind::convert, {folder.filePath(QStringLiteral("notes.txt"))}).isEmpty());
+    EXPECT_EQ(catalog.fitting(RingKind::convert, {folder.filePath(u"talk.vtt"_s)}).size(), 3);
+    EXPECT_TRUE(catalog.fitting(RingKind::convert, {folder.filePath(u"notes.txt"_s)}).isEmpty());
     EXPECT_TRUE(catalog.fitting(RingKind::convert, {folder.path() + u'/'}).isEmpty());
 }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace wendrel;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -16,41 +17,33 @@ using Kind = PromptField::Kind;
 // caption per state, and the text, password and folder questions.
 PromptRequest everyKind()
 {
+    const PromptCondition whenQuality{u"mode"_s, {u"quality"_s}};
     return {
-        .title = QStringLiteral("Settings"),
+        .title = u"Settings"_s,
         .fields = {
-            {.kind = Kind::choice, .key = QStringLiteral("mode"), .label = QStringLiteral("Mode"),
-             .option = QStringLiteral("mode"), .value = QStringLiteral("quality"),
-             .choices = {{QStringLiteral("quality"), QStringLiteral("By quality"), {QStringLiteral("q")}},
-                         {QStringLiteral("targetSize"), QStringLiteral("To file size"), {QStringLiteral("size")}}},
+            {.kind = Kind::choice, .key = u"mode"_s, .label = u"Mode"_s, .option = u"mode"_s, .value = u"quality"_s,
+             .choices = {{u"quality"_s, u"By quality"_s, {u"q"_s}}, {u"targetSize"_s, u"To file size"_s, {u"size"_s}}},
              .choiceStyle = PromptField::ChoiceStyle::segmented},
-            {.kind = Kind::slider, .key = QStringLiteral("quality"), .label = QStringLiteral("Quality"),
-             .option = QStringLiteral("quality"), .value = 75, .minimum = 1, .maximum = 100,
-             .valueFormat = QStringLiteral("Quality %1%"),
-             .shownWhen = PromptCondition{QStringLiteral("mode"), {QStringLiteral("quality")}}},
-            {.kind = Kind::number, .key = QStringLiteral("targetMB"), .label = QStringLiteral("Size"),
-             .option = QStringLiteral("target-mb"), .value = 2.0, .minimum = 0.01, .maximum = 10'000,
-             .decimals = 2, .unit = QStringLiteral("MB or less"),
-             .shownWhen = PromptCondition{QStringLiteral("mode"), {QStringLiteral("targetSize")}}},
-            {.kind = Kind::choice, .key = QStringLiteral("side"), .label = QStringLiteral("Longest side"),
-             .option = QStringLiteral("side"), .value = 0, .minimum = 1, .maximum = 100'000,
-             .unit = QStringLiteral("px"),
-             .choices = {{0, QStringLiteral("Keep original"), {QStringLiteral("keep")}}, {1920, QStringLiteral("1920 px")}},
-             .acceptsOtherNumbers = true},
-            {.kind = Kind::toggle, .key = QStringLiteral("rasterize"), .label = QStringLiteral("Save pages as images"),
-             .option = QStringLiteral("pages-as-images"), .value = false,
-             .caption = QStringLiteral("Text stays selectable."),
-             .captionWhenOn = QStringLiteral("Text will no longer be selectable.")},
-            {.kind = Kind::text, .key = QStringLiteral("text"), .label = QStringLiteral("Watermark text"),
-             .option = QStringLiteral("text"), .value = QStringLiteral("CONFIDENTIAL"), .required = true,
-             .shownWhen = PromptCondition{QStringLiteral("rasterize"), {true}}},
-            {.kind = Kind::password, .key = QStringLiteral("password"), .label = QStringLiteral("Password"),
-             .option = QStringLiteral("password"), .value = QStringLiteral("hunter2"), .required = true},
-            {.kind = Kind::folder, .key = QStringLiteral("folder"), .label = QStringLiteral("Copy to"),
-             .option = QStringLiteral("folder"), .value = QString(), .required = true},
+            {.kind = Kind::slider, .key = u"quality"_s, .label = u"Quality"_s, .option = u"quality"_s, .value = 75,
+             .minimum = 1, .maximum = 100, .valueFormat = u"Quality %1%"_s, .shownWhen = whenQuality},
+            {.kind = Kind::number, .key = u"targetMB"_s, .label = u"Size"_s, .option = u"target-mb"_s, .value = 2.0,
+             .minimum = 0.01, .maximum = 10'000, .decimals = 2, .unit = u"MB or less"_s,
+             .shownWhen = PromptCondition{u"mode"_s, {u"targetSize"_s}}},
+            {.kind = Kind::choice, .key = u"side"_s, .label = u"Longest side"_s, .option = u"side"_s, .value = 0,
+             .minimum = 1, .maximum = 100'000, .unit = u"px"_s,
+             .choices = {{0, u"Keep original"_s, {u"keep"_s}}, {1920, u"1920 px"_s}}, .acceptsOtherNumbers = true},
+            {.kind = Kind::toggle, .key = u"rasterize"_s, .label = u"Save pages as images"_s,
+             .option = u"pages-as-images"_s, .value = false, .caption = u"Text stays selectable."_s,
+             .captionWhenOn = u"Text will no longer be selectable."_s},
+            {.kind = Kind::text, .key = u"text"_s, .label = u"Watermark text"_s, .option = u"text"_s,
+             .value = u"CONFIDENTIAL"_s, .required = true, .shownWhen = PromptCondition{u"rasterize"_s, {true}}},
+            {.kind = Kind::password, .key = u"password"_s, .label = u"Password"_s, .option = u"password"_s,
+             .value = u"hunter2"_s, .required = true},
+            {.kind = Kind::folder, .key = u"folder"_s, .label = u"Copy to"_s, .option = u"folder"_s, .value = QString(),
+             .required = true},
         },
-        .confirmText = QStringLiteral("Go"),
-        .cancelText = QStringLiteral("Cancel"),
+        .confirmText = u"Go"_s,
+        .cancelText = u"Cancel"_s,
     };
 }
 
@@ -78,7 +71,7 @@ protected:
 // What typed text each kind of field takes, and as what; null stands for "refused".
 TEST_F(PromptValuesTest, TypedTextIsReadByTheFieldsKindAndLimits)
 {
-    const QJsonValue targetSize(QStringLiteral("targetSize"));
+    const QJsonValue targetSize(u"targetSize"_s);
     const struct {
         const char* key;
         const char* text;
@@ -87,7 +80,7 @@ TEST_F(PromptValuesTest, TypedTextIsReadByTheFieldsKindAndLimits)
         // Choices: their value, title or alias, spelled any way; menu numbers are the terminal's.
         {"mode", "targetSize", targetSize}, {"mode", "TARGETSIZE", targetSize}, {"mode", "target-size", targetSize},
         {"mode", "target_size", targetSize}, {"mode", "To file size", targetSize}, {"mode", "size", targetSize},
-        {"mode", "q", QStringLiteral("quality")}, {"mode", "fast", refused}, {"mode", "1", refused}, {"mode", "", refused},
+        {"mode", "q", u"quality"_s}, {"mode", "fast", refused}, {"mode", "1", refused}, {"mode", "", refused},
         // A numeric choice that takes other whole numbers in range.
         {"side", "1920", 1920}, {"side", "1920.0", 1920}, {"side", "keep", 0}, {"side", "1600", 1600},
         {"side", "1600.5", refused}, {"side", "-5", refused}, {"side", "100001", refused},
@@ -105,9 +98,9 @@ TEST_F(PromptValuesTest, TypedTextIsReadByTheFieldsKindAndLimits)
         {"rasterize", "1", true}, {"rasterize", "no", false}, {"rasterize", "n", false}, {"rasterize", "Off", false},
         {"rasterize", "false", false}, {"rasterize", "0", false}, {"rasterize", "maybe", refused},
         // Required text refuses blanks; passwords keep their spaces; folders are absolute paths.
-        {"text", "DRAFT", QStringLiteral("DRAFT")}, {"text", "   ", refused},
-        {"password", " two words ", QStringLiteral(" two words ")}, {"password", "", refused},
-        {"folder", "/home/ann/Pictures", QStringLiteral("/home/ann/Pictures")}, {"folder", "Pictures", refused},
+        {"text", "DRAFT", u"DRAFT"_s}, {"text", "   ", refused},
+        {"password", " two words ", u" two words "_s}, {"password", "", refused},
+        {"folder", "/home/ann/Pictures", u"/home/ann/Pictures"_s}, {"folder", "Pictures", refused},
         {"folder", "", refused},
     };
     for (const auto& row : rows)
@@ -136,9 +129,9 @@ TEST_F(PromptValuesTest, StepsClosedChoicesAndOptionalFieldsChangeWhatIsTaken)
 TEST_F(PromptValuesTest, JsonValuesAreCheckedByTypeAsWellAsRange)
 {
     EXPECT_TRUE(checkFieldValue(field("quality"), 60));
-    EXPECT_FALSE(checkFieldValue(field("quality"), QStringLiteral("60")));
+    EXPECT_FALSE(checkFieldValue(field("quality"), u"60"_s));
     EXPECT_FALSE(checkFieldValue(field("rasterize"), 1));
-    EXPECT_FALSE(checkFieldValue(field("mode"), QStringLiteral("To file size")));  // titles are for people
+    EXPECT_FALSE(checkFieldValue(field("mode"), u"To file size"_s));  // titles are for people
     EXPECT_FALSE(checkFieldValue(field("text"), QJsonValue()));
 }
 
@@ -158,30 +151,29 @@ TEST_F(PromptValuesTest, FieldsShowOnlyWhileTheWholeChainOfConditionsHolds)
     EXPECT_FALSE(request.isShown(field("targetMB"), answers));
     EXPECT_FALSE(request.isShown(field("text"), answers));
 
-    answers.insert(QStringLiteral("mode"), QStringLiteral("targetSize"));
-    answers.insert(QStringLiteral("rasterize"), true);
+    answers.insert(u"mode"_s, u"targetSize"_s);
+    answers.insert(u"rasterize"_s, true);
     EXPECT_FALSE(request.isShown(field("quality"), answers));
     EXPECT_TRUE(request.isShown(field("targetMB"), answers));
     EXPECT_TRUE(request.isShown(field("text"), answers));
 
     // The text hangs on the switch; hide the switch and the text goes with it.
     PromptRequest chained = request;
-    chained.fields[4].shownWhen = PromptCondition{QStringLiteral("mode"), {QStringLiteral("quality")}};
-    EXPECT_FALSE(chained.isShown(*chained.field(QStringLiteral("text")), answers));
+    chained.fields[4].shownWhen = PromptCondition{u"mode"_s, {u"quality"_s}};
+    EXPECT_FALSE(chained.isShown(*chained.field(u"text"_s), answers));
 }
 
 TEST_F(PromptValuesTest, CompletedAnswersStartFromTheStartingValuesAndCheckWhatWasGiven)
 {
-    const CheckedAnswers answers = completeAnswers(request, {{QStringLiteral("targetMB"), 0.5}});
+    const CheckedAnswers answers = completeAnswers(request, {{u"targetMB"_s, 0.5}});
     ASSERT_TRUE(answers.isValid()) << answers.problem.toStdString();
     QJsonObject expected = request.startingAnswers();
-    expected.insert(QStringLiteral("targetMB"), 0.5);
+    expected.insert(u"targetMB"_s, 0.5);
     EXPECT_EQ(answers.answers, expected);
 
-    EXPECT_EQ(completeAnswers(request, {{QStringLiteral("targetMB"), QStringLiteral("big")}}).problem,
-              u"Size: expected a number from 0.01 to 10000.");
-    EXPECT_EQ(completeAnswers(request, {{QStringLiteral("colour"), 1}}).problem, u"There is no field “colour”.");
-    EXPECT_FALSE(completeAnswers(request, {{QStringLiteral("mode"), QStringLiteral("fast")}}).isValid());
+    EXPECT_EQ(completeAnswers(request, {{u"targetMB"_s, u"big"_s}}).problem, u"Size: expected a number from 0.01 to 10000.");
+    EXPECT_EQ(completeAnswers(request, {{u"colour"_s, 1}}).problem, u"There is no field “colour”.");
+    EXPECT_FALSE(completeAnswers(request, {{u"mode"_s, u"fast"_s}}).isValid());
 }
 
 // Options go over the starting values, the last of a repeated one counts, and an option for a
@@ -196,10 +188,10 @@ TEST_F(PromptValuesTest, OptionsGoOverTheStartingValues)
         Options options;
         QJsonObject changed;
     } rows[] = {
-        {{option("side", "1920"), option("quality", "60")}, {{QStringLiteral("side"), 1920}, {QStringLiteral("quality"), 60}}},
-        {{option("quality", "10"), option("quality", "90")}, {{QStringLiteral("quality"), 90}}},
-        {{option("target-mb", "0.5")}, {{QStringLiteral("mode"), QStringLiteral("targetSize")}, {QStringLiteral("targetMB"), 0.5}}},
-        {{option("text", "DRAFT")}, {{QStringLiteral("rasterize"), true}, {QStringLiteral("text"), QStringLiteral("DRAFT")}}},
+        {{option("side", "1920"), option("quality", "60")}, {{u"side"_s, 1920}, {u"quality"_s, 60}}},
+        {{option("quality", "10"), option("quality", "90")}, {{u"quality"_s, 90}}},
+        {{option("target-mb", "0.5")}, {{u"mode"_s, u"targetSize"_s}, {u"targetMB"_s, 0.5}}},
+        {{option("text", "DRAFT")}, {{u"rasterize"_s, true}, {u"text"_s, u"DRAFT"_s}}},
     };
     for (const auto& row : rows) {
         const CheckedAnswers answers = fromOptions(row.options);
@@ -233,26 +225,25 @@ TEST_F(PromptValuesTest, OptionsGoOverTheStartingValues)
 TEST_F(PromptValuesTest, JsonDescriptionListsFieldsButNeverAPassword)
 {
     const QJsonObject json = toJson(request);
-    const QJsonArray fields = json.value(QStringLiteral("fields")).toArray();
+    const QJsonArray fields = json.value(u"fields"_s).toArray();
     ASSERT_EQ(fields.size(), request.fields.size());
     const QJsonObject size = fields[2].toObject();
-    EXPECT_EQ(size.value(QStringLiteral("option")).toString(), u"--target-mb");
-    EXPECT_EQ(size.value(QStringLiteral("unit")).toString(), u"MB or less");
-    EXPECT_EQ(size.value(QStringLiteral("shownWhen")).toObject().value(QStringLiteral("values")).toArray().first(),
-              QJsonValue(QStringLiteral("targetSize")));
-    EXPECT_FALSE(fields[6].toObject().contains(QStringLiteral("value")));
+    EXPECT_EQ(size.value(u"option"_s).toString(), u"--target-mb");
+    EXPECT_EQ(size.value(u"unit"_s).toString(), u"MB or less");
+    EXPECT_EQ(size.value(u"shownWhen"_s).toObject().value(u"values"_s).toArray().first(), QJsonValue(u"targetSize"_s));
+    EXPECT_FALSE(fields[6].toObject().contains(u"value"_s));
     EXPECT_FALSE(QJsonDocument(json).toJson().contains("hunter2"));
 }
 
 TEST(PromptTexts, SliderLabelsAndCaptionsFollowTheValue)
 {
     const PromptRequest request = everyKind();
-    EXPECT_EQ(sliderLabel(*request.field(QStringLiteral("quality")), 59.6), u"Quality 60%");
-    const PromptField& rasterize = *request.field(QStringLiteral("rasterize"));
+    EXPECT_EQ(sliderLabel(*request.field(u"quality"_s), 59.6), u"Quality 60%");
+    const PromptField& rasterize = *request.field(u"rasterize"_s);
     EXPECT_EQ(captionFor(rasterize, false), u"Text stays selectable.");
     EXPECT_EQ(captionFor(rasterize, true), u"Text will no longer be selectable.");
-    EXPECT_EQ(choiceTitle(*request.field(QStringLiteral("side")), 1600), u"1600 px");
-    EXPECT_EQ(choiceTitle(*request.field(QStringLiteral("side")), 0), u"Keep original");
+    EXPECT_EQ(choiceTitle(*request.field(u"side"_s), 1600), u"1600 px");
+    EXPECT_EQ(choiceTitle(*request.field(u"side"_s), 0), u"Keep original");
     EXPECT_EQ(displayNumber(100'000), u"100000");
     EXPECT_EQ(displayNumber(0.05), u"0.05");
 }

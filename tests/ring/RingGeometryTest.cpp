@@ -19,35 +19,26 @@ std::pair<double, double> at(double degrees, double radius)
     return {radius * std::sin(radians), radius * std::cos(radians)};
 }
 
-std::optional<int> segment(double degrees, double radius, int count)
-{
-    const auto [dx, dy] = at(degrees, radius);
-    return segmentAt(dx, dy, count);
-}
-
 }  // namespace
 
-TEST(RingGeometry, OnlyTheBandBetweenTheDiscAndTheEdgeHits)
+// Only the band between the disc and the edge hits; segments run clockwise from straight up.
+TEST(RingGeometry, SegmentsRunClockwiseFromStraightUpWithinTheBand)
 {
-    EXPECT_EQ(segmentAt(0, 66, 4), std::nullopt);
-    EXPECT_EQ(segmentAt(0, 67, 4), 0);
-    EXPECT_EQ(segmentAt(0, 197.9, 4), 0);
-    EXPECT_EQ(segmentAt(0, 198, 4), std::nullopt);
-    EXPECT_EQ(segmentAt(0, 0, 4), std::nullopt);
-    EXPECT_EQ(segmentAt(0, 100, 0), std::nullopt);
-}
-
-TEST(RingGeometry, SegmentsRunClockwiseFromStraightUp)
-{
-    EXPECT_EQ(segment(44, 120, 4), 0);
-    EXPECT_EQ(segment(46, 120, 4), 1);
-    EXPECT_EQ(segment(350, 120, 4), 0);
-    EXPECT_EQ(segment(90, 120, 4), 1);   // to the right
-    EXPECT_EQ(segment(180, 120, 4), 2);  // straight down
-    EXPECT_EQ(segment(270, 120, 4), 3);  // to the left
-    EXPECT_EQ(segment(1, 120, 10), 0);
-    EXPECT_EQ(segment(19, 120, 10), 1);
-    EXPECT_EQ(segment(341, 120, 10), 9);
+    const struct {
+        double degrees;
+        double radius;
+        int count;
+        std::optional<int> expected;
+    } rows[] = {
+        {0, 66, 4, std::nullopt}, {0, 67, 4, 0}, {0, 197.9, 4, 0}, {0, 198, 4, std::nullopt}, {0, 0, 4, std::nullopt},
+        {0, 100, 0, std::nullopt}, {44, 120, 4, 0}, {46, 120, 4, 1}, {350, 120, 4, 0},
+        {90, 120, 4, 1}, {180, 120, 4, 2}, {270, 120, 4, 3},  // right, straight down, left
+        {1, 120, 10, 0}, {19, 120, 10, 1}, {341, 120, 10, 9},
+    };
+    for (const auto& row : rows) {
+        const auto [dx, dy] = at(row.degrees, row.radius);
+        EXPECT_EQ(segmentAt(dx, dy, row.count), row.expected) << row.degrees << "° at " << row.radius << " of " << row.count;
+    }
 }
 
 TEST(RingGeometry, ChildrenSitOnAnArcAroundTheGroupsAngle)

@@ -12,6 +12,7 @@
 #include <variant>
 
 using namespace wendrel;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -37,7 +38,7 @@ struct FakeGrabber : HotKeyGrabber {
     QSet<quint32> taken;  // key codes other programs hold
 };
 
-HotKey controlSpace() { return {49, HotKey::controlModifier, QStringLiteral("Space")}; }
+HotKey controlSpace() { return {49, HotKey::controlModifier, u"Space"_s}; }
 
 }  // namespace
 
@@ -52,11 +53,10 @@ TEST_F(RingKeyBindingsTest, DefaultsAndExactMatches)
 
 TEST_F(RingKeyBindingsTest, StoredBindingsOverrideAndGarbageIsIgnored)
 {
-    SettingsStore::setText(QStringLiteral("ringKeyBindings"),
-                           QStringLiteral(R"({"tools":{"rawValue":393216},"misc":{"rawValue":1}})"));
+    SettingsStore::setText(u"ringKeyBindings"_s, uR"({"tools":{"rawValue":393216},"misc":{"rawValue":1}})"_s);
     EXPECT_EQ(RingKeyBindings::comboForRing(RingKind::tools), Modifier::shift | Modifier::control);
     EXPECT_EQ(RingKeyBindings::comboForRing(RingKind::convert), Modifier::shift);
-    SettingsStore::setText(QStringLiteral("ringKeyBindings"), QStringLiteral("{broken"));
+    SettingsStore::setText(u"ringKeyBindings"_s, u"{broken"_s);
     EXPECT_EQ(RingKeyBindings::comboForRing(RingKind::tools), Modifier::control);
 }
 
@@ -78,39 +78,35 @@ TEST_F(RingKeyBindingsTest, DoubleTapIsOnUnlessSwitchedOff)
     RingKeyBindings::setDoubleTapEnabled(RingKind::tools, false);
     EXPECT_FALSE(RingKeyBindings::isDoubleTapEnabled(RingKind::tools));
     EXPECT_TRUE(RingKeyBindings::isDoubleTapEnabled(RingKind::convert));
-    SettingsStore::setValue(QStringLiteral("doubleTap.actions"), QStringLiteral("maybe"));
+    SettingsStore::setValue(u"doubleTap.actions"_s, u"maybe"_s);
     EXPECT_TRUE(RingKeyBindings::isDoubleTapEnabled(RingKind::actions));
 }
 
 TEST(ModifierLabels, SymbolsAndNamesInTheirOwnOrders)
 {
-    EXPECT_EQ(symbolLabel(Modifier::control | Modifier::shift), QStringLiteral("\u2303\u21E7"));
-    EXPECT_EQ(symbolLabel(Modifier::command | Modifier::option), QStringLiteral("\u2325\u2318"));
+    EXPECT_EQ(symbolLabel(Modifier::control | Modifier::shift), u"\u2303\u21E7"_s);
+    EXPECT_EQ(symbolLabel(Modifier::command | Modifier::option), u"\u2325\u2318"_s);
     EXPECT_EQ(nameLabel(Modifier::control | Modifier::shift), u"Shift + Ctrl");
     EXPECT_EQ(nameLabel(Modifier::option), u"Alt");
 }
 
+// Function keys alone; other keys need Ctrl, Alt or Super; codes are the portable ones.
 TEST(HotKeyRecorder, FunctionKeysAloneOthersNeedACommandModifier)
 {
-    const auto f5 = hotKeyFromPress({Qt::Key_F5, Qt::NoModifier});
-    ASSERT_TRUE(std::holds_alternative<HotKey>(f5));
-    EXPECT_EQ(std::get<HotKey>(f5), (HotKey{96, 0, QStringLiteral("F5")}));
-
-    const auto shiftA = hotKeyFromPress({Qt::Key_A, Qt::ShiftModifier});
-    ASSERT_TRUE(std::holds_alternative<QString>(shiftA));
-    EXPECT_EQ(std::get<QString>(shiftA), u"Add Ctrl, Alt or Super to the key");
-
-    const auto space = hotKeyFromPress({Qt::Key_Space, Qt::ControlModifier});
-    ASSERT_TRUE(std::holds_alternative<HotKey>(space));
-    EXPECT_EQ(std::get<HotKey>(space), controlSpace());
-    EXPECT_EQ(std::get<HotKey>(space).displayText(), u"Ctrl+Space");
-
-    const auto superShiftK = hotKeyFromPress({Qt::Key_K, Qt::MetaModifier | Qt::ShiftModifier});
-    EXPECT_EQ(std::get<HotKey>(superShiftK), (HotKey{40, HotKey::superModifier | HotKey::shiftModifier, QStringLiteral("K")}));
-}
-
-TEST(HotKeyRecorder, PortableCodesTranslateBothWays)
-{
+    using Recorded = std::variant<HotKey, QString>;
+    const struct {
+        int key;
+        Qt::KeyboardModifiers modifiers;
+        Recorded expected;
+    } rows[] = {
+        {Qt::Key_F5, Qt::NoModifier, HotKey{96, 0, u"F5"_s}},
+        {Qt::Key_A, Qt::ShiftModifier, u"Add Ctrl, Alt or Super to the key"_s},
+        {Qt::Key_Space, Qt::ControlModifier, controlSpace()},
+        {Qt::Key_K, Qt::MetaModifier | Qt::ShiftModifier, HotKey{40, HotKey::superModifier | HotKey::shiftModifier, u"K"_s}},
+    };
+    for (const auto& row : rows)
+        EXPECT_TRUE(hotKeyFromPress({row.key, row.modifiers}) == row.expected) << row.key;
+    EXPECT_EQ(controlSpace().displayText(), u"Ctrl+Space");
     EXPECT_EQ(portableKeyCode(Qt::Key_Space), 49u);
     EXPECT_EQ(qtKeyForPortableCode(122), Qt::Key_F1);
     EXPECT_EQ(portableKeyCode(Qt::Key_Launch0), std::nullopt);
@@ -119,13 +115,10 @@ TEST(HotKeyRecorder, PortableCodesTranslateBothWays)
 TEST(HotKeyJson, ExactKeysAndStrictDecoding)
 {
     const QJsonObject json = controlSpace().toJson();
-    EXPECT_EQ(json.keys(), (QStringList{QStringLiteral("carbonModifiers"), QStringLiteral("keyCode"), QStringLiteral("keyName")}));
+    EXPECT_EQ(json.keys(), (QStringList{u"carbonModifiers"_s, u"keyCode"_s, u"keyName"_s}));
     EXPECT_EQ(HotKey::fromJson(json), controlSpace());
-    EXPECT_EQ(HotKey::fromJson({{QStringLiteral("keyCode"), -1}, {QStringLiteral("carbonModifiers"), 0},
-                                {QStringLiteral("keyName"), QStringLiteral("X")}}),
-              std::nullopt);
-    EXPECT_EQ(HotKey::fromJson({{QStringLiteral("keyCode"), 1}, {QStringLiteral("keyName"), QStringLiteral("X")}}),
-              std::nullopt);
+    EXPECT_EQ(HotKey::fromJson({{u"keyCode"_s, -1}, {u"carbonModifiers"_s, 0}, {u"keyName"_s, u"X"_s}}), std::nullopt);
+    EXPECT_EQ(HotKey::fromJson({{u"keyCode"_s, 1}, {u"keyName"_s, u"X"_s}}), std::nullopt);
 }
 
 TEST_F(HotKeyCenterTest, RegistersStoredShortcutsAndReportsConflicts)
@@ -135,7 +128,7 @@ TEST_F(HotKeyCenterTest, RegistersStoredShortcutsAndReportsConflicts)
     {
         HotKeyCenter center(grabber);
         center.setHotKey(controlSpace(), RingKind::tools);
-        center.setHotKey(HotKey{40, HotKey::controlModifier, QStringLiteral("K")}, RingKind::actions);
+        center.setHotKey(HotKey{40, HotKey::controlModifier, u"K"_s}, RingKind::actions);
         EXPECT_EQ(center.conflicts(), QSet<RingKind>{RingKind::actions});
         center.unregisterAll();
     }
@@ -172,12 +165,12 @@ TEST_F(HotKeyCenterTest, SuspendedMeansNothingRegistered)
 
     center.setHotKey(std::nullopt, RingKind::convert);
     EXPECT_TRUE(grabber.grabbed.isEmpty());
-    EXPECT_FALSE(SettingsStore::text(QStringLiteral("hotKey.convert")).has_value());
+    EXPECT_FALSE(SettingsStore::text(u"hotKey.convert"_s).has_value());
 }
 
 TEST_F(HotKeyCenterTest, UndecodableStoredShortcutCountsAsNone)
 {
-    SettingsStore::setText(QStringLiteral("hotKey.convert"), QStringLiteral("{\"keyCode\":\"F5\"}"));
+    SettingsStore::setText(u"hotKey.convert"_s, u"{\"keyCode\":\"F5\"}"_s);
     FakeGrabber grabber;
     HotKeyCenter center(grabber);
     center.load();

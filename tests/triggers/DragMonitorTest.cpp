@@ -11,150 +11,96 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Drives the monitor the way the windowing system's adapter does, one sample at a time.
-class DragMonitorTest : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        QFile::remove(SettingsStore::filePath());
-        monitor.onRingRequested = [this](RingKind ring, const QStringList& files, QPoint) {
-            requests.push_back({ring, files});
-        };
-        monitor.onDragEnded = [this] { ++ended; };
-        monitor.onDoubleTap = [this](RingKind ring) { doubleTaps.push_back(ring); };
-    }
+using Request = std::pair<RingKind, QStringList>;
 
-    void sample(bool down, ModifierFlags keys, std::chrono::milliseconds at)
-    {
-        monitor.poll({down, changes, keys, start + at, QPoint(10, 20)});
-    }
-
-    // The button goes down, then a drag writes a new selection.
-    void startDrag(std::chrono::milliseconds at, ModifierFlags keys = 0)
-    {
-        sample(true, keys, at);
-        ++changes;
-        sample(true, keys, at + 16ms);
-    }
-
-    qint64 changes = 5;
-    std::optional<QStringList> dragFiles = QStringList{QStringLiteral("/home/me/a.png")};
-    int reads = 0;
-    DragMonitor monitor{5, [this] {
-                            ++reads;
-                            return dragFiles;
-                        }};
-    std::vector<std::pair<RingKind, QStringList>> requests;
-    std::vector<RingKind> doubleTaps;
-    int ended = 0;
-    const TriggerClock::time_point start = TriggerClock::now();
+// What the windowing system's adapter reports at a moment: the button, the modifier keys, and
+// whether a new selection was written just before (a drag writes one). `escape` cancels the
+// drag instead, the button and keys staying as they are.
+struct Moment {
+    bool down;
+    ModifierFlags keys;
+    int ms;
+    enum { sample, newSelection, escape } what = sample;
 };
+
+// A run of moments and what must have happened after it.
+struct Script {
+    const char* rule;
+    std::optional<QStringList> dragged;  // what reading the selection gives; none for text
+    std::vector<Moment> moments;
+    std::vector<Request> requests;
+    std::vector<RingKind> doubleTaps;
+    int ended;
+    int reads;
+    bool dragActive;
+};
+
+const QStringList picture{QStringLiteral("/home/me/a.png")};
+constexpr ModifierFlags shift = Modifier::shift;
 
 }  // namespace
 
-TEST_F(DragMonitorTest, TapDuringAFileDragRequestsTheBoundRing)
+TEST(DragMonitor, TapsDuringAFileDragRequestTheBoundRingAndNothingElseDoes)
 {
-    startDrag(0ms);
-    EXPECT_TRUE(monitor.isFileDragActive());
-    sample(true, Modifier::shift, 100ms);
-    sample(true, 0, 300ms);
-    ASSERT_EQ(requests.size(), 1u);
-    EXPECT_EQ(requests[0].first, RingKind::convert);
-    EXPECT_EQ(requests[0].second, QStringList{QStringLiteral("/home/me/a.png")});
-
-    // Tapping again asks again: that is how the ring pages.
-    sample(true, Modifier::shift, 400ms);
-    sample(true, 0, 500ms);
-    EXPECT_EQ(requests.size(), 2u);
-
-    sample(false, 0, 600ms);
-    EXPECT_EQ(ended, 1);
-    EXPECT_FALSE(monitor.isFileDragActive());
-}
-
-TEST_F(DragMonitorTest, SelectionWrittenBeforeThePressIsNoDrag)
-{
-    ++changes;  // left over from something earlier, written while the button was up
-    sample(true, 0, 0ms);
-    sample(true, Modifier::shift, 100ms);
-    sample(true, 0, 200ms);
-    EXPECT_FALSE(monitor.isFileDragActive());
-    EXPECT_TRUE(requests.empty());
-    EXPECT_EQ(reads, 0);
-}
-
-TEST_F(DragMonitorTest, KeyHeldBeforeTheDragCountsOnlyWhenPressedAgain)
-{
-    startDrag(0ms, Modifier::shift);
-    sample(true, 0, 100ms);
-    EXPECT_TRUE(requests.empty());
-    sample(true, Modifier::shift, 200ms);
-    sample(true, 0, 300ms);
-    EXPECT_EQ(requests.size(), 1u);
-}
-
-TEST_F(DragMonitorTest, TextDragsAreIgnoredAndReadOnlyOnce)
-{
-    dragFiles = std::nullopt;
-    startDrag(0ms);
-    sample(true, 0, 50ms);
-    sample(true, Modifier::shift, 100ms);
-    sample(true, 0, 200ms);
-    EXPECT_FALSE(monitor.isFileDragActive());
-    EXPECT_EQ(reads, 1);
-    EXPECT_TRUE(requests.empty());
-}
-
-TEST_F(DragMonitorTest, FilesThatCantBeReadStillOpenTheRingEmpty)
-{
-    dragFiles = QStringList{};
-    startDrag(0ms);
-    sample(true, Modifier::control, 100ms);
-    sample(true, 0, 200ms);
-    ASSERT_EQ(requests.size(), 1u);
-    EXPECT_EQ(requests[0].first, RingKind::tools);
-    EXPECT_TRUE(requests[0].second.isEmpty());
-}
-
-TEST_F(DragMonitorTest, DoubleTapOutsideADragButNotAcrossItsEnd)
-{
-    sample(false, Modifier::option, 0ms);
-    sample(false, 0, 100ms);
-    sample(false, Modifier::option, 200ms);
-    sample(false, 0, 300ms);
-    EXPECT_EQ(doubleTaps, std::vector<RingKind>{RingKind::actions});
-
-    // A tap made during a drag is never the first half of a pair after it.
-    startDrag(1000ms);
-    sample(true, Modifier::shift, 1100ms);
-    sample(true, 0, 1200ms);
-    sample(false, 0, 1250ms);
-    sample(false, Modifier::shift, 1300ms);
-    sample(false, 0, 1400ms);
-    EXPECT_EQ(doubleTaps.size(), 1u);
-
-    // Keys with the button down but no file drag feed nothing.
-    sample(true, Modifier::shift, 2000ms);
-    sample(true, 0, 2100ms);
-    EXPECT_EQ(doubleTaps.size(), 1u);
-}
-
-TEST_F(DragMonitorTest, UnboundCombinationsDoNothing)
-{
-    startDrag(0ms);
-    sample(true, Modifier::shift | Modifier::control, 100ms);
-    sample(true, 0, 200ms);
-    EXPECT_TRUE(requests.empty());
-}
-
-TEST_F(DragMonitorTest, EscapeEndsTheDragWhileTheButtonStaysDown)
-{
-    startDrag(0ms);
-    monitor.cancelDrag(0);
-    EXPECT_EQ(ended, 1);
-    sample(true, Modifier::shift, 100ms);
-    sample(true, 0, 200ms);
-    EXPECT_TRUE(requests.empty());
-    sample(false, 0, 300ms);
-    EXPECT_EQ(ended, 1);  // the release after a cancel ends nothing more
+    const Moment press{true, 0, 0}, drag{true, 0, 16, Moment::newSelection};
+    const std::vector<Script> scripts{
+        // Tapping again asks again: that is how the ring pages. Releasing the button ends the drag.
+        {"tap during a file drag", picture,
+         {press, drag, {true, shift, 100}, {true, 0, 300}, {true, shift, 400}, {true, 0, 500}, {false, 0, 600}},
+         {{RingKind::convert, picture}, {RingKind::convert, picture}}, {}, 1, 1, false},
+        // Left over from something earlier, written while the button was up.
+        {"selection written before the press is no drag", picture,
+         {{true, 0, 0, Moment::newSelection}, {true, shift, 100}, {true, 0, 200}}, {}, {}, 0, 0, false},
+        {"a key held before the drag counts only when pressed again", picture,
+         {{true, shift, 0}, {true, shift, 16, Moment::newSelection}, {true, 0, 100}, {true, shift, 200}, {true, 0, 300}},
+         {{RingKind::convert, picture}}, {}, 0, 1, true},
+        {"text drags are ignored and read only once", std::nullopt,
+         {press, drag, {true, 0, 50}, {true, shift, 100}, {true, 0, 200}}, {}, {}, 0, 1, false},
+        {"files that can't be read still open the ring, empty", QStringList{},
+         {press, drag, {true, Modifier::control, 100}, {true, 0, 200}}, {{RingKind::tools, {}}}, {}, 0, 1, true},
+        {"unbound combinations do nothing", picture,
+         {press, drag, {true, shift | Modifier::control, 100}, {true, 0, 200}}, {}, {}, 0, 1, true},
+        // The release after a cancel ends nothing more.
+        {"escape ends the drag while the button stays down", picture,
+         {press, drag, {true, 0, 20, Moment::escape}, {true, shift, 100}, {true, 0, 200}, {false, 0, 300}},
+         {}, {}, 1, 1, false},
+        // A tap made during a drag is never the first half of a pair after it, and keys with the
+        // button down but no file drag feed nothing.
+        {"double taps outside a drag but not across its end", picture,
+         {{false, Modifier::option, 0}, {false, 0, 100}, {false, Modifier::option, 200}, {false, 0, 300},
+          {true, 0, 1000}, {true, 0, 1016, Moment::newSelection}, {true, shift, 1100}, {true, 0, 1200},
+          {false, 0, 1250}, {false, shift, 1300}, {false, 0, 1400},
+          {true, shift, 2000}, {true, 0, 2100}},
+         {{RingKind::convert, picture}}, {RingKind::actions}, 1, 1, false},
+    };
+    for (const Script& script : scripts) {
+        SCOPED_TRACE(script.rule);
+        QFile::remove(SettingsStore::filePath());
+        int reads = 0;
+        DragMonitor monitor{5, [&] {
+                                ++reads;
+                                return script.dragged;
+                            }};
+        std::vector<Request> requests;
+        std::vector<RingKind> doubleTaps;
+        int ended = 0;
+        monitor.onRingRequested = [&](RingKind ring, const QStringList& files, QPoint) { requests.push_back({ring, files}); };
+        monitor.onDragEnded = [&] { ++ended; };
+        monitor.onDoubleTap = [&](RingKind ring) { doubleTaps.push_back(ring); };
+        qint64 changes = 5;
+        const TriggerClock::time_point start = TriggerClock::now();
+        for (const Moment& moment : script.moments) {
+            if (moment.what == Moment::escape) {
+                monitor.cancelDrag(moment.keys);
+                continue;
+            }
+            changes += moment.what == Moment::newSelection;
+            monitor.poll({moment.down, changes, moment.keys, start + std::chrono::milliseconds(moment.ms), QPoint(10, 20)});
+        }
+        EXPECT_EQ(requests, script.requests);
+        EXPECT_EQ(doubleTaps, script.doubleTaps);
+        EXPECT_EQ(ended, script.ended);
+        EXPECT_EQ(reads, script.reads);
+        EXPECT_EQ(monitor.isFileDragActive(), script.dragActive);
+    }
 }
