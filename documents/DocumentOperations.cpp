@@ -1,5 +1,6 @@
 #include "DocumentOperations.h"
 
+#include "conversion/DocumentConversionOperations.h"
 #include "sheets/SheetOperations.h"
 #include "subtitles/SubtitleOperations.h"
 #include "zip/ArchiveOperations.h"
@@ -8,6 +9,7 @@ namespace wendrel {
 
 void registerDocumentOperations(OperationCatalog& catalog)
 {
+    registerDocumentConversionOperations(catalog);
     registerSheetOperations(catalog);
     registerSubtitleOperations(catalog);
     registerArchiveOperations(catalog);

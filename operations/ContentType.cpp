@@ -69,6 +69,7 @@ ContentType ContentType::subRip() { return fromMimeName(QStringLiteral("applicat
 ContentType ContentType::webVtt() { return fromMimeName(QStringLiteral("text/vtt")); }
 ContentType ContentType::markdown() { return fromMimeName(QStringLiteral("text/markdown")); }
 ContentType ContentType::html() { return fromMimeName(QStringLiteral("text/html")); }
+ContentType ContentType::xhtml() { return fromMimeName(QStringLiteral("application/xhtml+xml")); }
 ContentType ContentType::rtf() { return fromMimeName(QStringLiteral("application/rtf")); }
 ContentType ContentType::docx()
 {

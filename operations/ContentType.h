@@ -42,6 +42,7 @@ public:
     static ContentType webVtt();
     static ContentType markdown();
     static ContentType html();
+    static ContentType xhtml();
     static ContentType rtf();
     static ContentType docx();
     static ContentType odt();

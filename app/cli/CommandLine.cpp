@@ -96,6 +96,18 @@ bool runsEntryOf(const QStringList& arguments, const OperationCatalog& catalog)
 {
     if (arguments.size() < 2 || arguments.at(1) != u"run")
         return false;
+    // An option that none of these entries has may be another layer's setting, and only that
+    // layer's entries can say whether it applies.
+    static const QStringList commandOptions{QStringLiteral("to"),      QStringLiteral("json"),
+                                            QStringLiteral("verbose"), QStringLiteral("help"),
+                                            QStringLiteral("version"), QStringLiteral("remove"),
+                                            QStringLiteral("all")};
+    const QStringList settings = promptOptionNames(catalog);
+    for (const QString& argument : arguments) {
+        const QString option = argument.startsWith(u"--") ? argument.mid(2).section(u'=', 0, 0) : QString();
+        if (!option.isEmpty() && !commandOptions.contains(option) && !settings.contains(option))
+            return false;
+    }
     return std::any_of(arguments.begin() + 2, arguments.end(),
                        [&](const QString& argument) { return catalog.find(argument) != nullptr; });
 }

@@ -336,7 +336,8 @@ QString documentToHtml(const QTextDocument& document, const HtmlExport& options)
     if (!document.isEmpty())
         document::walkDocument(document, body);
 
-    QString page = QStringLiteral("<!DOCTYPE html>\n<html xmlns=\"http://www.w3.org/1999/xhtml\">\n<head>\n"
+    // No XHTML namespace on the root: file managers would then take the page for XHTML.
+    QString page = QStringLiteral("<!DOCTYPE html>\n<html>\n<head>\n"
                                   "<meta charset=\"utf-8\"/>\n<title>");
     appendEscaped(page, options.title, true);  // as an attribute: no br element in a title
     page += u"</title>\n"_s;
