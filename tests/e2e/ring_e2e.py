@@ -191,6 +191,22 @@ def main():
                 check(wait_for(lambda: os.path.exists(compressed)), "confirming writes Holiday Compressed.jpg")
             check(wait_for(lambda: not desktop.visible_window(RING)), "and the ring goes after the result")
 
+        # Documents convert from the ring too: a Markdown file to a PDF with its text.
+        notes_md = os.path.join(desktop.home, "Meeting Notes.md")
+        with open(notes_md, "w") as file:
+            file.write("# Agenda\n\n- Budget review\n- *Launch* plans\n")
+        converts = [entry["id"] for entry in json.loads(desktop.run([wendrel, "ops", "--json", notes_md]).stdout)["convert"]]
+        window = open_ring(desktop, wendrel, "convert", notes_md)
+        if check(window and "doc.pdf" in converts and "doc.md" not in converts,
+                 "the convert ring opens for the Markdown file, with PDF and without Markdown"):
+            click_segment(desktop, window, converts.index("doc.pdf"), len(converts))
+            pdf = os.path.join(desktop.home, "Meeting Notes.pdf")
+            check(wait_for(lambda: os.path.exists(pdf)), "clicking PDF writes Meeting Notes.pdf")
+            if os.path.exists(pdf):
+                text = desktop.run(["pdftotext", pdf, "-"], check=False).stdout
+                check("Agenda" in text and "Budget review" in text, "the PDF holds the document's text")
+            check(wait_for(lambda: not desktop.visible_window(RING)), "and the ring goes after the result")
+
         # PDFs have a Compress of their own, which asks too; cancelling its sheet runs nothing.
         document = os.path.join(desktop.home, "Report.pdf")
         write_pdf(document)
