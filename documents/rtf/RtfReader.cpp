@@ -34,17 +34,6 @@ bool startsLikeRtf(const QByteArray& bytes)
     return QByteArrayView(bytes).sliced(start).startsWith("{\\rtf");
 }
 
-int hexDigitValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 QByteArray bytesOfHex(const QByteArray& digits)
 {
     QByteArray bytes;

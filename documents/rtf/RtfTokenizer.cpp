@@ -16,7 +16,15 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-int hexValue(char c)
+
+// Control word names are at most 32 letters and parameters fit in a signed 16- or 32-bit
+// number; anything longer is read in full but clamped, so a hostile run of digits is harmless.
+constexpr qsizetype maximumWordLength = 32;
+constexpr qint64 parameterLimit = 2'000'000'000;
+
+}  // namespace
+
+int hexDigitValue(char c)
 {
     if (c >= '0' && c <= '9')
         return c - '0';
@@ -26,13 +34,6 @@ int hexValue(char c)
         return c - 'A' + 10;
     return -1;
 }
-
-// Control word names are at most 32 letters and parameters fit in a signed 16- or 32-bit
-// number; anything longer is read in full but clamped, so a hostile run of digits is harmless.
-constexpr qsizetype maximumWordLength = 32;
-constexpr qint64 parameterLimit = 2'000'000'000;
-
-}  // namespace
 
 Token Tokenizer::next()
 {
@@ -83,8 +84,8 @@ Token Tokenizer::controlAfterBackslash()
             // Two hex digits; a broken escape yields what digits there are, or nothing.
             int value = 0;
             int digits = 0;
-            while (digits < 2 && m_position < m_source.size() && hexValue(m_source[m_position]) >= 0) {
-                value = value * 16 + hexValue(m_source[m_position]);
+            while (digits < 2 && m_position < m_source.size() && hexDigitValue(m_source[m_position]) >= 0) {
+                value = value * 16 + hexDigitValue(m_source[m_position]);
                 ++m_position;
                 ++digits;
             }

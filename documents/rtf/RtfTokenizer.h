@@ -8,6 +8,9 @@ namespace wendrel::rtf {
 // One piece of RTF source. Text is a run of plain bytes (still in the document's code page);
 // a hex escape is one byte given as \'hh; control symbols other than the escaped \ { } come as
 // a control word of one non-letter character.
+// The value of a hexadecimal digit, or -1 for any other character.
+int hexDigitValue(char c);
+
 struct Token {
     enum class Kind { End, GroupStart, GroupEnd, ControlWord, Text, HexByte };
     Kind kind = Kind::End;

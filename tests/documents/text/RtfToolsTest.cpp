@@ -1,3 +1,4 @@
+#include "ConverterTools.h"
 #include "DocumentSamples.h"
 
 #include "documents/rtf/RtfReader.h"
@@ -5,8 +6,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTextDocument>
 
@@ -18,33 +17,6 @@ namespace wendrel::test {
 
 namespace {
 
-struct ToolResult {
-    bool ok = false;
-    QByteArray output;
-};
-
-ToolResult runTool(const QString& program, const QStringList& arguments, const QByteArray& input = {})
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForStarted())
-        return {};
-    process.write(input);
-    process.closeWriteChannel();
-    // A generous limit, only so a hung tool fails the test instead of stalling it.
-    if (!process.waitForFinished(180'000)) {
-        process.kill();
-        process.waitForFinished();
-        return {};
-    }
-    return {process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0, process.readAllStandardOutput()};
-}
-
-bool haveTool(const QString& program)
-{
-    return !QStandardPaths::findExecutable(program).isEmpty();
-}
-
 struct PandocCase {
     const char* name;
     const char* markdown;
@@ -55,14 +27,12 @@ struct PandocCase {
 
 TEST(RtfToolsTest, PandocReadsOurRtf)
 {
-    if (!haveTool(QStringLiteral("pandoc")))
+    if (!toolExists(QStringLiteral("pandoc")))
         GTEST_SKIP() << "pandoc is not installed";
-    const ToolResult result =
+    const QString markdown =
         runTool(QStringLiteral("pandoc"), {QStringLiteral("-f"), QStringLiteral("rtf"), QStringLiteral("-t"),
                                            QStringLiteral("markdown-smart"), QStringLiteral("--wrap=none")},
                 writeRtf(*richSampleDocument()));
-    ASSERT_TRUE(result.ok);
-    const QString markdown = QString::fromUtf8(result.output);
     for (const char* expected : {"# Quarterly Report", "## Lists", "## Table", "-   First", "-   Second",
                                  "1.  Sub one", "2.  Sub two", "-   Third", "**bold**", "*italic*", "~~struck~~",
                                  "`code`", "(https://example.org/a?b=1&c=2)", "Ünïcödé — 日本語", "{braces} \\\\ back",
@@ -72,7 +42,7 @@ TEST(RtfToolsTest, PandocReadsOurRtf)
 
 TEST(RtfToolsTest, WeReadRtfPandocWrites)
 {
-    if (!haveTool(QStringLiteral("pandoc")))
+    if (!toolExists(QStringLiteral("pandoc")))
         GTEST_SKIP() << "pandoc is not installed";
     const PandocCase cases[] = {
         {"headings and inline styles", "# Title\n\n## Second *level*\n\nSome **bold**, *italic*, `code` and é ü 日本.\n",
@@ -87,18 +57,17 @@ TEST(RtfToolsTest, WeReadRtfPandocWrites)
     };
     for (const PandocCase& testCase : cases) {
         SCOPED_TRACE(testCase.name);
-        const ToolResult rtf = runTool(QStringLiteral("pandoc"),
-                                       {QStringLiteral("-f"), QStringLiteral("markdown"), QStringLiteral("-s"),
-                                        QStringLiteral("-t"), QStringLiteral("rtf")},
-                                       testCase.markdown);
-        ASSERT_TRUE(rtf.ok);
-        EXPECT_EQ(structureOf(*readRtf(rtf.output)).toStdString(), testCase.expected) << rtf.output.toStdString();
+        const QString rtf = runTool(QStringLiteral("pandoc"),
+                                    {QStringLiteral("-f"), QStringLiteral("markdown"), QStringLiteral("-s"),
+                                     QStringLiteral("-t"), QStringLiteral("rtf")},
+                                    testCase.markdown);
+        EXPECT_EQ(structureOf(*readRtf(rtf.toUtf8())).toStdString(), testCase.expected) << rtf.toStdString();
     }
 }
 
 TEST(RtfToolsTest, PandocPictureIsRead)
 {
-    if (!haveTool(QStringLiteral("pandoc")))
+    if (!toolExists(QStringLiteral("pandoc")))
         GTEST_SKIP() << "pandoc is not installed";
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
@@ -106,23 +75,19 @@ TEST(RtfToolsTest, PandocPictureIsRead)
     ASSERT_TRUE(picture.open(QIODevice::WriteOnly));
     picture.write(samplePng());
     picture.close();
-    QProcess process;
-    process.setWorkingDirectory(folder.path());
-    process.start(QStringLiteral("pandoc"), {QStringLiteral("-f"), QStringLiteral("markdown"), QStringLiteral("-s"),
-                                             QStringLiteral("-t"), QStringLiteral("rtf")});
-    process.write("A ![red](red.png) picture.\n");
-    process.closeWriteChannel();
-    ASSERT_TRUE(process.waitForFinished(180'000));
-    ASSERT_EQ(process.exitCode(), 0);
-    EXPECT_EQ(structureOf(*readRtf(process.readAllStandardOutput())).toStdString(),
+    const QString rtf = runTool(QStringLiteral("pandoc"),
+                                {QStringLiteral("-f"), QStringLiteral("markdown"), QStringLiteral("-s"), QStringLiteral("-t"),
+                                 QStringLiteral("rtf"), QStringLiteral("--resource-path=") + folder.path()},
+                                "A ![red](red.png) picture.\n");
+    EXPECT_EQ(structureOf(*readRtf(rtf.toUtf8())).toStdString(),
               "picture 40x20\np A [picture] picture.");
 }
 
 TEST(RtfToolsTest, LibreOfficeLaysOutOurRtf)
 {
-    if (!haveTool(QStringLiteral("soffice")))
+    if (!toolExists(QStringLiteral("soffice")))
         GTEST_SKIP() << "LibreOffice is not installed";
-    if (!haveTool(QStringLiteral("pdftotext")))
+    if (!toolExists(QStringLiteral("pdftotext")))
         GTEST_SKIP() << "pdftotext is not installed";
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
@@ -134,15 +99,10 @@ TEST(RtfToolsTest, LibreOfficeLaysOutOurRtf)
 
     // A profile of its own, so the test neither meets a running LibreOffice nor changes the user's.
     const QString profile = QStringLiteral("-env:UserInstallation=file://") + folder.filePath(QStringLiteral("profile"));
-    ASSERT_TRUE(runTool(QStringLiteral("soffice"),
-                        {profile, QStringLiteral("--headless"), QStringLiteral("--convert-to"), QStringLiteral("pdf"),
-                         QStringLiteral("--outdir"), folder.path(), source})
-                    .ok);
-    const ToolResult text = runTool(QStringLiteral("pdftotext"),
-                                    {QStringLiteral("-layout"), folder.filePath(QStringLiteral("sample.pdf")),
-                                     QStringLiteral("-")});
-    ASSERT_TRUE(text.ok);
-    const QString page = QString::fromUtf8(text.output);
+    runTool(QStringLiteral("soffice"), {profile, QStringLiteral("--headless"), QStringLiteral("--convert-to"),
+                                        QStringLiteral("pdf"), QStringLiteral("--outdir"), folder.path(), source});
+    const QString page = runTool(QStringLiteral("pdftotext"), {QStringLiteral("-layout"),
+                                                               folder.filePath(QStringLiteral("sample.pdf")), QStringLiteral("-")});
     for (const char* expected : {"Quarterly Report", "Plain, bold, italic, underlined, struck, code, a link and Ünïcödé",
                                  "<tags> &", "{braces} \\ back", "•", "First", "1. Sub one", "2. Sub two", "Third",
                                  "Name", "Value", "Width", "42", "Text with, comma", "\"quoted\"", "A picture:", "break."})
