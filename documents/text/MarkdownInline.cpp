@@ -139,7 +139,7 @@ QString markdownLinkTarget(const QString& target)
     return out;
 }
 
-QString inlineMarkdown(const QTextBlock& block, MarkdownPlace place)
+QString blockMarkdown(const QTextBlock& block, MarkdownPlace place)
 {
     QString text;
     const QList<Run> all = runs(block);

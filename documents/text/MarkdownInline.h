@@ -15,7 +15,7 @@ enum class MarkdownPlace {
 
 // The inline Markdown of a block's runs (pictures left out), escaped so no text is taken for
 // markup, lines beginning as a paragraph would begin (no indentation).
-QString inlineMarkdown(const QTextBlock& block, MarkdownPlace place);
+QString blockMarkdown(const QTextBlock& block, MarkdownPlace place);
 
 // A link target as Markdown accepts it between parentheses.
 QString markdownLinkTarget(const QString& target);

@@ -46,7 +46,7 @@ public:
     void block(const QTextBlock& block) override
     {
         if (m_tables.inTable()) {
-            QString text = inlineMarkdown(block, MarkdownPlace::tableCell);
+            QString text = blockMarkdown(block, MarkdownPlace::tableCell);
             if (const auto list = listPlacement(block); list && !text.isEmpty())
                 text.prepend(list->ordered ? QStringLiteral("%1. ").arg(block.textList()->itemNumber(block) + 1)
                                            : QStringLiteral("• "));
@@ -54,7 +54,7 @@ public:
             return;
         }
         if (const int level = headingLevel(block)) {
-            const QString text = inlineMarkdown(block, MarkdownPlace::heading);
+            const QString text = blockMarkdown(block, MarkdownPlace::heading);
             if (!text.isEmpty())
                 addUnit(QString(level, u'#') + u' ' + text);
             return;
@@ -63,7 +63,7 @@ public:
             listItem(block, *list);
             return;
         }
-        const QString text = inlineMarkdown(block, MarkdownPlace::paragraph);
+        const QString text = blockMarkdown(block, MarkdownPlace::paragraph);
         if (!text.isEmpty())
             addUnit(text);
     }
@@ -115,7 +115,7 @@ private:
         const int contentColumn = indent + static_cast<int>(marker.size());
         m_contentColumns.push_back(contentColumn);
 
-        QString text = inlineMarkdown(block, MarkdownPlace::paragraph);
+        QString text = blockMarkdown(block, MarkdownPlace::paragraph);
         text.replace(u'\n', u'\n' + QString(contentColumn, u' '));
         addUnit(QString(indent, u' ') + marker + text, true);
     }
