@@ -3,7 +3,11 @@
 #include "documents/docx/DocxReader.h"
 #include "documents/docx/DocxWriter.h"
 #include "documents/html/HtmlWriter.h"
+#include "documents/odt/OdtReader.h"
+#include "documents/odt/OdtWriter.h"
 #include "documents/rtf/RtfWriter.h"
+#include "documents/text/MarkdownWriter.h"
+#include "documents/text/PlainTextWriter.h"
 #include "documents/zip/ZipWriter.h"
 #include "operations/OperationError.h"
 
@@ -103,6 +107,18 @@ void writeEveryWay(const QTextDocument& document)
     } catch (const OperationError& error) {
         qFatal("our own Word document can't be read back: %s", qPrintable(error.message()));
     }
+
+    const QString odt = QDir(scratchFolder()).filePath(QStringLiteral("written.odt"));
+    document::writeOdt(document, odt);
+    try {
+        REQUIRE(document::readOdt(odt) != nullptr);
+    } catch (const OperationError& error) {
+        qFatal("our own OpenDocument text can't be read back: %s", qPrintable(error.message()));
+    }
+
+    // Neither has a promise to check beyond finishing; they meet the document all the same.
+    (void)document::documentToMarkdown(document);
+    (void)document::documentToPlainText(document);
 }
 
 }  // namespace wendrel::fuzz

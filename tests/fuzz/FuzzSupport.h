@@ -39,7 +39,7 @@ QString scratchFolder();
 
 // Runs a document a reader made through the writers, so they meet odd documents too, and
 // checks what each promises: the RTF is RTF, the HTML page is well-formed XML, and the Word
-// document we write reads back.
+// document and OpenDocument text we write read back.
 void writeEveryWay(const QTextDocument& document);
 
 }  // namespace wendrel::fuzz
