@@ -112,8 +112,12 @@ void normaliseImported(ImportedDocument& document, ImportedFrom from)
         }
     }
 
+    // One edit block for every change to the text: outside one, each change rescans the
+    // document's frames and lays out its paragraph again. It ends before the frames are visited,
+    // as the document finds them again only at its end.
+    QTextCursor cursor(&document);
+    cursor.beginEditBlock();
     for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
-        QTextCursor cursor(&document);
         cursor.setPosition(edit->position);
         cursor.setPosition(edit->position + edit->length, QTextCursor::KeepAnchor);
         if (!edit->replacement)
@@ -128,6 +132,7 @@ void normaliseImported(ImportedDocument& document, ImportedFrom from)
         format.clearProperty(QTextFormat::BackgroundImageUrl);
         QTextCursor(block).setBlockFormat(format);
     }
+    cursor.endEditBlock();
     dropBackgroundPictures(document.rootFrame());
 
     if (from == ImportedFrom::markdown) {

@@ -3,6 +3,8 @@
 #include "ImportedDocument.h"
 #include "MarkdownLineBreaks.h"
 
+#include <QTextCursor>
+
 namespace wendrel::document {
 
 std::unique_ptr<QTextDocument> readPlainText(const QString& text)
@@ -22,7 +24,15 @@ std::unique_ptr<QTextDocument> readPlainText(const QString& text)
 std::unique_ptr<QTextDocument> readMarkdown(const QString& markdown, const QString& baseFolder)
 {
     auto document = std::make_unique<ImportedDocument>(baseFolder);
+    // Qt's Markdown reader edits the document outside an edit block, so after every table cell
+    // it rescans the whole document for frames, and every insertion goes on the undo stack:
+    // quadratic in a long manual. One edit block around the reading makes it linear; the frames
+    // (tables) are found once, at its end.
+    document->setUndoRedoEnabled(false);
+    QTextCursor batch(document.get());
+    batch.beginEditBlock();
     document->setMarkdown(markHardLineBreaks(markdown), QTextDocument::MarkdownDialectGitHub);
+    batch.endEditBlock();
     normaliseImported(*document, ImportedFrom::markdown);
     return document;
 }
@@ -30,6 +40,7 @@ std::unique_ptr<QTextDocument> readMarkdown(const QString& markdown, const QStri
 std::unique_ptr<QTextDocument> readHtml(const QString& html, const QString& baseFolder)
 {
     auto document = std::make_unique<ImportedDocument>(baseFolder);
+    document->setUndoRedoEnabled(false);
     document->setHtml(html);
     normaliseImported(*document, ImportedFrom::html);
     return document;
