@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QImage>
 #include <QTemporaryDir>
 #include <QTextDocument>
 #include <QXmlStreamReader>
@@ -119,6 +120,29 @@ void writeEveryWay(const QTextDocument& document)
     // Neither has a promise to check beyond finishing; they meet the document all the same.
     (void)document::documentToMarkdown(document);
     (void)document::documentToPlainText(document);
+}
+
+void readAndWriteEveryWay(const std::function<std::unique_ptr<QTextDocument>()>& read)
+{
+    std::unique_ptr<QTextDocument> document;
+    try {
+        document = read();
+    } catch (const OperationError&) {
+        return;
+    }
+    REQUIRE(document != nullptr);
+    writeEveryWay(*document);
+}
+
+QByteArray smallPng()
+{
+    QImage image(3, 2, QImage::Format_RGB32);
+    image.fill(Qt::darkCyan);
+    QByteArray png;
+    QBuffer device(&png);
+    device.open(QIODevice::WriteOnly);
+    image.save(&device, "PNG");
+    return png;
 }
 
 }  // namespace wendrel::fuzz

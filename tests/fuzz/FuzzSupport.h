@@ -5,6 +5,8 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <cstdlib>
 #include <utility>
 
@@ -41,5 +43,12 @@ QString scratchFolder();
 // checks what each promises: the RTF is RTF, the HTML page is well-formed XML, and the Word
 // document and OpenDocument text we write read back.
 void writeEveryWay(const QTextDocument& document);
+
+// Reads with `read`: refusing with OperationError is the answer most inputs deserve; anything
+// else must be a document, which then goes through every writer.
+void readAndWriteEveryWay(const std::function<std::unique_ptr<QTextDocument>()>& read);
+
+// A 3 × 2 PNG, the one picture the packages hold.
+QByteArray smallPng();
 
 }  // namespace wendrel::fuzz
