@@ -1,0 +1,163 @@
+#include "FilterChain.h"
+
+#include "MediaErrors.h"
+#include "MediaLog.h"
+
+extern "C" {
+#include <libavfilter/buffersink.h>
+#include <libavfilter/buffersrc.h>
+#include <libavutil/opt.h>
+}
+
+
+namespace wendrel::media {
+
+namespace {
+
+std::string fraction(AVRational value) { return std::to_string(value.num) + "/" + std::to_string(value.den); }
+
+// A chain fails on what the file holds (frames that change shape mid-stream, sizes a filter
+// refuses) as often as on a mistake here; the log says which, the user hears that the file
+// couldn't be read.
+void require(int result, const char* what)
+{
+    if (result < 0) {
+        qCWarning(lcMedia, "%s: %s", what, qPrintable(avErrorText(result)));
+        throw cantReadMedia();
+    }
+}
+
+// A layout every filter understands: a decoder that knows only the channel count says so.
+AVChannelLayout usableLayout(const AVChannelLayout& layout)
+{
+    AVChannelLayout usable{};
+    if (layout.order == AV_CHANNEL_ORDER_NATIVE && layout.nb_channels > 0)
+        av_channel_layout_copy(&usable, &layout);
+    else
+        av_channel_layout_default(&usable, layout.nb_channels > 0 ? layout.nb_channels : 1);
+    return usable;
+}
+
+}  // namespace
+
+AudioShape AudioShape::ofDecoder(const AVCodecContext& decoder, AVRational timeBase)
+{
+    return {.sampleRate = decoder.sample_rate,
+            .format = decoder.sample_fmt,
+            .layout = usableLayout(decoder.ch_layout),
+            .timeBase = timeBase};
+}
+
+VideoShape VideoShape::ofDecoder(const AVCodecContext& decoder, AVRational timeBase, AVRational frameRate)
+{
+    return {.width = decoder.width,
+            .height = decoder.height,
+            .format = decoder.pix_fmt,
+            .sampleAspect = decoder.sample_aspect_ratio,
+            .timeBase = timeBase,
+            .frameRate = frameRate};
+}
+
+std::string channelLayoutName(const AVChannelLayout& layout)
+{
+    char name[64] = {};
+    const AVChannelLayout usable = usableLayout(layout);
+    if (av_channel_layout_describe(&usable, name, sizeof name) < 0)
+        return std::to_string(layout.nb_channels) + " channels";
+    return name;
+}
+
+FilterChain::FilterChain(const AudioShape& input, const std::string& filters, int outputFrameSize)
+{
+    const std::string arguments = "time_base=" + fraction(input.timeBase) +
+                                  ":sample_rate=" + std::to_string(input.sampleRate) +
+                                  ":sample_fmt=" + av_get_sample_fmt_name(input.format) +
+                                  ":channel_layout=" + channelLayoutName(input.layout);
+    build("abuffer", arguments, "abuffersink", filters.empty() ? "anull" : filters);
+    if (outputFrameSize > 0)
+        av_buffersink_set_frame_size(m_sink, unsigned(outputFrameSize));
+}
+
+FilterChain::FilterChain(const VideoShape& input, const std::string& filters)
+{
+    const AVRational aspect = input.sampleAspect.num > 0 ? input.sampleAspect : AVRational{1, 1};
+    std::string arguments = "video_size=" + std::to_string(input.width) + "x" + std::to_string(input.height) +
+                            ":pix_fmt=" + std::to_string(int(input.format)) +
+                            ":time_base=" + fraction(input.timeBase) + ":pixel_aspect=" + fraction(aspect);
+    if (input.frameRate.num > 0)
+        arguments += ":frame_rate=" + fraction(input.frameRate);
+    build("buffer", arguments, "buffersink", filters.empty() ? "null" : filters);
+}
+
+void FilterChain::build(const char* source, const std::string& sourceArguments, const char* sink,
+                        const std::string& filters)
+{
+    startMedia();
+    m_graph.reset(avfilter_graph_alloc());
+    if (!m_graph)
+        throw std::bad_alloc();
+    // Filters run on the caller's thread: the job already runs files side by side.
+    m_graph->nb_threads = 1;
+    require(avfilter_graph_create_filter(&m_source, avfilter_get_by_name(source), "in", sourceArguments.c_str(),
+                                         nullptr, m_graph.get()),
+            "filter input");
+    require(avfilter_graph_create_filter(&m_sink, avfilter_get_by_name(sink), "out", nullptr, nullptr, m_graph.get()),
+            "filter output");
+
+    AVFilterInOut* outputs = avfilter_inout_alloc();
+    AVFilterInOut* inputs = avfilter_inout_alloc();
+    if (!outputs || !inputs) {
+        avfilter_inout_free(&outputs);
+        avfilter_inout_free(&inputs);
+        throw std::bad_alloc();
+    }
+    outputs->name = av_strdup("in");
+    outputs->filter_ctx = m_source;
+    inputs->name = av_strdup("out");
+    inputs->filter_ctx = m_sink;
+    const int parsed = avfilter_graph_parse_ptr(m_graph.get(), filters.c_str(), &inputs, &outputs, nullptr);
+    avfilter_inout_free(&outputs);
+    avfilter_inout_free(&inputs);
+    require(parsed, "filter description");
+    require(avfilter_graph_config(m_graph.get(), nullptr), "filter graph");
+}
+
+void FilterChain::push(AVFrame* frame, const FrameSink& sink)
+{
+    require(av_buffersrc_add_frame_flags(m_source, frame, AV_BUFFERSRC_FLAG_KEEP_REF), "filter input frame");
+    pull(sink);
+}
+
+void FilterChain::pull(const FrameSink& sink)
+{
+    for (;;) {
+        const int received = av_buffersink_get_frame(m_sink, m_frame.get());
+        if (received == AVERROR(EAGAIN) || received == AVERROR_EOF)
+            return;
+        require(received, "filter output frame");
+        try {
+            sink(*m_frame);
+        } catch (...) {
+            av_frame_unref(m_frame.get());
+            throw;
+        }
+        av_frame_unref(m_frame.get());
+    }
+}
+
+AVRational FilterChain::outputTimeBase() const { return av_buffersink_get_time_base(m_sink); }
+int FilterChain::outputSampleRate() const { return av_buffersink_get_sample_rate(m_sink); }
+AVSampleFormat FilterChain::outputSampleFormat() const { return AVSampleFormat(av_buffersink_get_format(m_sink)); }
+AVChannelLayout FilterChain::outputLayout() const
+{
+    AVChannelLayout layout{};
+    av_buffersink_get_ch_layout(m_sink, &layout);
+    return layout;
+}
+int FilterChain::outputWidth() const { return av_buffersink_get_w(m_sink); }
+int FilterChain::outputHeight() const { return av_buffersink_get_h(m_sink); }
+AVPixelFormat FilterChain::outputPixelFormat() const { return AVPixelFormat(av_buffersink_get_format(m_sink)); }
+AVRational FilterChain::outputSampleAspect() const { return av_buffersink_get_sample_aspect_ratio(m_sink); }
+AVRational FilterChain::outputFrameRate() const { return av_buffersink_get_frame_rate(m_sink); }
+
+}  // namespace wendrel::media

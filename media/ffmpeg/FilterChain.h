@@ -1,0 +1,77 @@
+#pragma once
+
+#include "AvHandles.h"
+
+#include <functional>
+#include <string>
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+}
+
+namespace wendrel::media {
+
+// What audio frames look like: enough to describe them to a filter or an encoder.
+struct AudioShape {
+    int sampleRate = 0;
+    AVSampleFormat format = AV_SAMPLE_FMT_NONE;
+    AVChannelLayout layout{};  // shallow: native or default layouts only, nothing to free
+    AVRational timeBase{1, 1};
+
+    // As a decoder produces them, with pts in `timeBase` (the stream's).
+    static AudioShape ofDecoder(const AVCodecContext& decoder, AVRational timeBase);
+};
+
+// What video frames look like.
+struct VideoShape {
+    int width = 0;
+    int height = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    AVRational sampleAspect{0, 1};
+    AVRational timeBase{1, 1};
+    AVRational frameRate{0, 1};  // 0/1 when unknown
+
+    static VideoShape ofDecoder(const AVCodecContext& decoder, AVRational timeBase, AVRational frameRate);
+};
+
+// One chain of libavfilter filters from a single input to a single output ("aresample=44100,
+// aformat=sample_fmts=fltp", "fps=15,scale=640:-2"). Frames go in with `push` and come out with
+// `pull`; nothing is buffered beyond what the filters themselves need.
+class FilterChain {
+public:
+    using FrameSink = std::function<void(AVFrame& frame)>;
+
+    // `filters` may be empty ("anull"/"null" is used). Throws "Can't read this file" when the
+    // chain can't be built for these frames, with libavfilter's reason in the log.
+    FilterChain(const AudioShape& input, const std::string& filters, int outputFrameSize = 0);
+    FilterChain(const VideoShape& input, const std::string& filters);
+
+    // Feeds a frame (nullptr marks the end of the input) and hands everything the output has
+    // ready to `sink`.
+    void push(AVFrame* frame, const FrameSink& sink);
+
+    // What comes out.
+    AVRational outputTimeBase() const;
+    int outputSampleRate() const;
+    AVSampleFormat outputSampleFormat() const;
+    AVChannelLayout outputLayout() const;  // shallow copy, valid while the chain lives
+    int outputWidth() const;
+    int outputHeight() const;
+    AVPixelFormat outputPixelFormat() const;
+    AVRational outputSampleAspect() const;
+    AVRational outputFrameRate() const;
+
+private:
+    void build(const char* source, const std::string& sourceArguments, const char* sink, const std::string& filters);
+    void pull(const FrameSink& sink);
+
+    FilterGraphPtr m_graph;
+    AVFilterContext* m_source = nullptr;
+    AVFilterContext* m_sink = nullptr;
+    FramePtr m_frame = makeFrame();
+};
+
+// "stereo", "5.1(side)", or "4 channels" for a layout without a name.
+std::string channelLayoutName(const AVChannelLayout& layout);
+
+}  // namespace wendrel::media
