@@ -48,6 +48,24 @@ AudioShape AudioShape::ofDecoder(const AVCodecContext& decoder, AVRational timeB
             .timeBase = timeBase};
 }
 
+AudioShape AudioShape::ofFrame(const AVFrame& frame, AVRational timeBase)
+{
+    return {.sampleRate = frame.sample_rate,
+            .format = AVSampleFormat(frame.format),
+            .layout = usableLayout(frame.ch_layout),
+            .timeBase = timeBase};
+}
+
+VideoShape VideoShape::ofFrame(const AVFrame& frame, AVRational timeBase, AVRational frameRate)
+{
+    return {.width = frame.width,
+            .height = frame.height,
+            .format = AVPixelFormat(frame.format),
+            .sampleAspect = frame.sample_aspect_ratio,
+            .timeBase = timeBase,
+            .frameRate = frameRate};
+}
+
 VideoShape VideoShape::ofDecoder(const AVCodecContext& decoder, AVRational timeBase, AVRational frameRate)
 {
     return {.width = decoder.width,

@@ -20,6 +20,9 @@ struct AudioShape {
 
     // As a decoder produces them, with pts in `timeBase` (the stream's).
     static AudioShape ofDecoder(const AVCodecContext& decoder, AVRational timeBase);
+    // As `frame` is. Safer than the decoder's word: some decoders learn the sample format or
+    // layout only from the first frame, so chains are best built when it arrives.
+    static AudioShape ofFrame(const AVFrame& frame, AVRational timeBase);
 };
 
 // What video frames look like.
@@ -32,6 +35,7 @@ struct VideoShape {
     AVRational frameRate{0, 1};  // 0/1 when unknown
 
     static VideoShape ofDecoder(const AVCodecContext& decoder, AVRational timeBase, AVRational frameRate);
+    static VideoShape ofFrame(const AVFrame& frame, AVRational timeBase, AVRational frameRate);
 };
 
 // One chain of libavfilter filters from a single input to a single output ("aresample=44100,
