@@ -1,12 +1,13 @@
 #include "MediaOperations.h"
 
 #include "operations/OperationCatalog.h"
+#include "video/VideoOperations.h"
 
 namespace wendrel {
 
 void registerMediaOperations(OperationCatalog& catalog)
 {
-    Q_UNUSED(catalog);
+    registerVideoOperations(catalog);
 }
 
 }  // namespace wendrel
