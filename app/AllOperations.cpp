@@ -2,6 +2,7 @@
 
 #include "documents/DocumentOperations.h"
 #include "imaging/ImagingOperations.h"
+#include "media/MediaOperations.h"
 
 namespace wendrel {
 
@@ -9,6 +10,7 @@ void registerAllOperations(OperationCatalog& catalog)
 {
     registerImagingOperations(catalog);
     registerDocumentOperations(catalog);
+    registerMediaOperations(catalog);
 }
 
 }  // namespace wendrel

@@ -21,10 +21,36 @@ const QMimeDatabase& mimeDatabase()
 
 bool isFamily(const QString& name) { return name.endsWith(QLatin1String("/*")); }
 
+// Playlists are named like sound or video but hold only the names of other files: nothing in
+// them can be played, converted or compressed.
+bool isPlaylist(const QString& name)
+{
+    static const QStringList playlists{QStringLiteral("audio/x-mpegurl"), QStringLiteral("audio/x-scpls"),
+                                       QStringLiteral("audio/x-ms-asx"), QStringLiteral("video/vnd.mpegurl"),
+                                       QStringLiteral("application/x-quicktime-media-link")};
+    return playlists.contains(name);
+}
+
+// Containers of sound and pictures whose names don't say "video/": people take them for
+// movies. Only the exact types: their audio-only offspring (WMA in ASF, Vorbis in Ogg) are sound.
+bool isMovieOutsideVideoNames(const QString& name)
+{
+    static const QStringList containers{QStringLiteral("application/vnd.ms-asf"),
+                                        QStringLiteral("application/vnd.rn-realmedia"),
+                                        QStringLiteral("application/mxf"), QStringLiteral("application/ogg")};
+    return containers.contains(name);
+}
+
 // "image/*" takes every type whose name, or the name of any ancestor, is image/something:
 // an SVG counts as an image although its first parent is XML.
 bool belongsToFamily(const QString& name, const QString& family)
 {
+    if (family.startsWith(u"audio/") || family.startsWith(u"video/")) {
+        if (isPlaylist(name))
+            return false;
+        if (family.startsWith(u"video/") && isMovieOutsideVideoNames(name))
+            return true;
+    }
     const QStringView prefix = QStringView(family).chopped(1);  // "image/"
     if (name.startsWith(prefix))
         return true;

@@ -1,5 +1,5 @@
 #include "CommandLine.h"
-#include "ImagingLoader.h"
+#include "LayerModules.h"
 #include "documents/DocumentOperations.h"
 #include "app/front/ApplicationIdentity.h"
 #include "operations/OperationCatalog.h"
@@ -18,11 +18,11 @@ extern "C" __attribute__((visibility("default"))) int wendrel_command_line_main(
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
 
-    // Documents, archives and subtitles first; images and PDFs only when the command needs them.
+    // Documents, archives and subtitles first; images and PDFs, audio and video only when the
+    // command needs them.
     wendrel::OperationCatalog catalog;
     wendrel::registerDocumentOperations(catalog);
-    if (!wendrel::runsEntryOf(arguments, catalog))
-        wendrel::addImagingOperations(catalog);
+    wendrel::addLayerOperationsFor(arguments, catalog);
     // Qt's fonts come only with a QGuiApplication; the offscreen platform gives one without a
     // display. Only runs of entries that lay out text pay for it: every other command starts
     // with the lighter core.

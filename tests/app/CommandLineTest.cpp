@@ -1,5 +1,8 @@
+#include "app/cli/LayerModules.h"
+#include "documents/DocumentOperations.h"
 #include "imaging/TestPictures.h"
 #include "pdf/TestPdfs.h"
+#include "operations/OperationCatalog.h"
 #include "operations/RingOrder.h"
 #include "operations/settings/CompressionSettings.h"
 #include "operations/settings/SettingsStore.h"
@@ -276,12 +279,13 @@ TEST_F(CommandLineTest, OpsAllListsEveryEntryOfEachRingInRingOrder)
     EXPECT_GE(listed, 20);
 }
 
-// Whether a command started libvips (which loads its modules) and whether it loaded libvips at
-// all, from the dynamic loader's own account.
+// Whether a command started libvips (which loads its modules), whether it loaded libvips at
+// all and which of the layer modules it loaded, from the dynamic loader's own account.
 struct LibvipsUse {
     int exitCode = -1;
     bool loaded = false;
     bool started = false;
+    bool loadedMedia = false;
 };
 
 LibvipsUse libvipsUse(const QStringList& arguments)
@@ -292,7 +296,8 @@ LibvipsUse libvipsUse(const QStringList& arguments)
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(WENDREL_BINARY), arguments);
     const Result result = finish(process);
-    return {result.exitCode, result.err.contains(u"libvips.so"), result.err.contains(u"/vips-modules-")};
+    return {result.exitCode, result.err.contains(u"libvips.so"), result.err.contains(u"/vips-modules-"),
+            result.err.contains(u"/wendrel-media.so")};
 }
 
 TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
@@ -307,15 +312,16 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
         int exitCode;
         bool loadsLibvips;
         bool startsLibvips;
+        bool loadsMedia = true;
     };
     const QList<Case> cases{
-        {{u"--version"_s}, 0, false, false},
-        {{u"ring"_s}, 2, false, false},  // a usage error, answered without the command line's module
+        {{u"--version"_s}, 0, false, false, false},
+        {{u"ring"_s}, 2, false, false, false},  // a usage error, answered without the command line's module
         {{u"--help"_s}, 0, true, false},
         {{u"ops"_s, u"--all"_s}, 0, true, false},
         {{u"ops"_s, talk}, 0, true, false},
-        // Entries of the documents layer run without loading the imaging module at all.
-        {{u"run"_s, u"subtitle.vtt"_s, talk}, 0, false, false},
+        // Entries of the documents layer run without loading the imaging or media modules at all.
+        {{u"run"_s, u"subtitle.vtt"_s, talk}, 0, false, false, false},
         // Which formats can be written is probed once, then known from the cache.
         {{u"ops"_s, photo}, 0, true, true},
         {{u"ops"_s, photo}, 0, true, false},
@@ -324,6 +330,9 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
         // as an option is taken as it is, without a second typing.
         {{u"run"_s, u"pdf.split"_s, report}, 0, true, false},
         {{u"run"_s, u"pdf.password"_s, u"--password"_s, u"pw 1"_s, report}, 0, true, false},
+        // A run named like an audio entry that the media module doesn't serve looks everywhere
+        // before it says there is no such entry.
+        {{u"run"_s, u"audio.unheard-of"_s, talk}, 2, true, false},
     };
     for (const Case& command : cases) {
         const std::string shown = command.arguments.join(u' ').toStdString();
@@ -331,6 +340,7 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
         EXPECT_EQ(use.exitCode, command.exitCode) << shown;
 #ifndef WENDREL_MODULES_LINKED  // the sanitised build links everything into the executable
         EXPECT_EQ(use.loaded, command.loadsLibvips) << shown;
+        EXPECT_EQ(use.loadedMedia, command.loadsMedia) << shown;
 #endif
         EXPECT_EQ(use.started, command.startsLibvips) << shown;
     }
@@ -339,6 +349,41 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
     EXPECT_EQ(pdfToText(pages + u"/Page 002.pdf"_s).trimmed(), u"Page 2"_s);
     EXPECT_TRUE(qpdfCheckPasses(folder.filePath(u"Report Protected.pdf"_s), u"pw 1"_s));
     EXPECT_FALSE(qpdfCheckPasses(folder.filePath(u"Report Protected.pdf"_s)));
+}
+
+// Which layer modules a command loads first, beyond the documents layer linked in: none for a
+// run that layer serves, the media module alone for an audio or video entry, all otherwise.
+TEST(LayerModules, EachCommandLoadsOnlyTheModulesItNeeds)
+{
+    OperationCatalog documents;
+    registerDocumentOperations(documents);
+    using enum LayerModule;
+    const struct {
+        QStringList arguments;
+        QString entry;
+        QList<LayerModule> modules;
+    } rows[] = {
+        {{u"run"_s, u"subtitle.vtt"_s, u"a.srt"_s}, u"subtitle.vtt"_s, {}},
+        {{u"run"_s, u"--to"_s, u"out"_s, u"subtitle.vtt"_s, u"a.srt"_s}, u"subtitle.vtt"_s, {}},
+        {{u"run"_s, u"media.m4a"_s, u"a.mp3"_s}, u"media.m4a"_s, {media}},
+        {{u"run"_s, u"-v"_s, u"--json"_s, u"audio.normalize"_s, u"a.wav"_s}, u"audio.normalize"_s, {media}},
+        // Settings only the media entries know take values, as every setting does.
+        {{u"run"_s, u"--max-height"_s, u"720"_s, u"video.compress"_s, u"a.mov"_s}, u"video.compress"_s, {media}},
+        {{u"run"_s, u"--codec=hevc"_s, u"video.mute"_s, u"a.mov"_s}, u"video.mute"_s, {media}},
+        {{u"run"_s, u"--"_s, u"video.gif"_s, u"a.mov"_s}, u"video.gif"_s, {media}},
+        // A file named like an entry is not the entry.
+        {{u"run"_s, u"image.jpg"_s, u"audio.png"_s}, u"image.jpg"_s, {imaging, media}},
+        {{u"run"_s, u"subtitle.vtt"_s, u"--unknown"_s, u"1"_s, u"a.srt"_s}, u"subtitle.vtt"_s, {imaging, media}},
+        {{u"ops"_s, u"a.mp3"_s}, {}, {imaging, media}},
+        {{u"help"_s, u"media.mp4"_s}, {}, {imaging, media}},
+        {{}, {}, {imaging, media}},
+    };
+    for (const auto& row : rows) {
+        const QStringList arguments = QStringList{u"wendrel"_s} + row.arguments;
+        const std::string shown = row.arguments.join(u' ').toStdString();
+        EXPECT_EQ(entryIdOfRun(arguments), row.entry) << shown;
+        EXPECT_EQ(modulesToLoadFirst(arguments, documents), row.modules) << shown;
+    }
 }
 
 TEST_F(CommandLineTest, AnAgentStartedByRingKeepsOutOfTheCallersTerminal)

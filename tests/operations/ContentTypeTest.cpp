@@ -88,3 +88,26 @@ TEST(ContentTypeOfFile, NameThenContentThenFolder)
     EXPECT_FALSE(blob.conformsTo(ContentType::plainText()));
     EXPECT_EQ(ContentType::ofFile(path("missing.qqzx")).name(), u"application/octet-stream");
 }
+
+// Sound and pictures as people see them: playlists only name other files, so they are neither
+// sound nor movies; containers that the MIME names don't call video are movies, but only
+// themselves, not their audio-only offspring.
+TEST(ContentTypeConformance, PlaylistsAreNotMediaAndContainersAreMovies)
+{
+    const struct {
+        const char* extension;
+        bool audio;
+        bool movie;
+    } rows[] = {
+        {"pls", false, false}, {"asx", false, false}, {"vlc", false, false}, {"m4u", false, false},
+        {"qtl", false, false}, {"m3u", false, false}, {"asf", false, true},  {"rm", false, true},
+        {"mxf", false, true},  {"ogx", false, true},  {"wma", true, false},  {"ogg", true, false},
+        {"mkv", false, true},  {"mka", true, false},  {"mp3", true, false},  {"mov", false, true},
+    };
+    for (const auto& row : rows) {
+        const ContentType type = ContentType::fromExtension(QString::fromUtf8(row.extension));
+        EXPECT_EQ(type.conformsTo(ContentType::audio()), row.audio) << row.extension;
+        EXPECT_EQ(type.conformsTo(ContentType::movie()), row.movie) << row.extension;
+        EXPECT_EQ(type.conformsTo(ContentType::audiovisualContent()), row.audio || row.movie) << row.extension;
+    }
+}
