@@ -74,11 +74,6 @@ double AudioTrack::fractionRead(const AVPacket& packet) const
     return std::clamp(double(avio_tell(io)) / double(size), 0.0, 1.0);
 }
 
-AudioShape AudioTrack::decodedShape() const
-{
-    return AudioShape::ofDecoder(m_decoder->context(), m_stream->time_base);
-}
-
 SampleDepth AudioTrack::depth() const
 {
     const AVCodecContext& decoder = m_decoder->context();

@@ -35,9 +35,10 @@ public:
     // it holds.
     void decode(const FrameSink& sink, const Progress& progress);
 
-    // While `decode` runs (valid from the first frame): what the decoder's frames look like and
-    // how precise the source's samples are.
-    AudioShape decodedShape() const;
+    // What `frame`, as the decoder made it, looks like.
+    AudioShape shapeOf(const AVFrame& frame) const { return AudioShape::ofFrame(frame, m_stream->time_base); }
+
+    // While `decode` runs (valid from the first frame): how precise the source's samples are.
     SampleDepth depth() const;
 
 private:

@@ -17,7 +17,7 @@ ProducedFile convertAudio(const QString& path, const OperationContext& context, 
         AudioResult result(destination, container, track, [&](const AudioShape& frames, SampleDepth depth) {
             return audioEncoding(container, settings, frames, depth);
         });
-        track.decode([&](AVFrame& frame) { result.push(frame, track.decodedShape()); },
+        track.decode([&](AVFrame& frame) { result.push(frame, track.shapeOf(frame)); },
                      [&](double fraction) { context.progress(fraction); });
         result.finish();
     });

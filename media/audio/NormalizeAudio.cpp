@@ -44,7 +44,7 @@ void render(AudioTrack& track, float gain, AudioResult& result, const OperationC
     track.decode(
         [&](AVFrame& frame) {
             if (!toFloat) {
-                const AudioShape decoded = track.decodedShape();
+                const AudioShape decoded = track.shapeOf(frame);
                 toFloat = std::make_unique<FilterChain>(
                     decoded, "aresample=" + std::to_string(normalizedRenderRate(decoded.sampleRate)) +
                                  ",aformat=sample_fmts=fltp");
