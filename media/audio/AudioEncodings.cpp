@@ -37,6 +37,7 @@ AudioEncoding audioEncoding(AudioContainer container, const FormatSettings& sett
         encoding.codec = findEncoder(AV_CODEC_ID_AAC);
         encoding.sampleRate = aacSampleRate(frames.sampleRate);
         encoding.bitRate = aacBitRate(settings.audioBitrate);
+        encoding.options = {{"aac_coder", aacCoder(int(encoding.bitRate))}};
         if (encoding.codec)
             encoding.layout = encoderLayout(*encoding.codec, frames.layout);
         return encoding;

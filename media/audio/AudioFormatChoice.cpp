@@ -136,6 +136,8 @@ int aacBitRate(int kilobitsPerSecond)
     return std::clamp(kilobitsPerSecond, 32, 512) * 1000;
 }
 
+const char* aacCoder(int bitRate) { return bitRate >= 128000 ? "fast" : "twoloop"; }
+
 int normalizedRenderRate(int sourceRate) { return std::min(sourceRate, 48000); }
 
 std::optional<float> normalizationGain(float peak)

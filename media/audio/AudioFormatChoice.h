@@ -56,6 +56,11 @@ int aacSampleRate(int sourceRate);
 // The AAC bit rate in bits per second for the stored kbit/s, kept to what the encoder does well.
 int aacBitRate(int kilobitsPerSecond);
 
+// The AAC encoder's search method for `bitRate`: "fast" from 128 kbit/s up, where it sounds at
+// least as good as the two-loop search for less than half the time; "twoloop" below, where its
+// perceptual tuning matters.
+const char* aacCoder(int bitRate);
+
 // The sample rate the normaliser renders at: the source's, at most 48 kHz.
 int normalizedRenderRate(int sourceRate);
 

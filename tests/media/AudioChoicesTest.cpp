@@ -67,6 +67,8 @@ TEST(AudioChoicesTest, SampleRates)
     EXPECT_EQ(aacBitRate(256), 256000);
     EXPECT_EQ(aacBitRate(0), 32000);
     EXPECT_EQ(aacBitRate(100000), 512000);
+    EXPECT_STREQ(aacCoder(aacBitRate(256)), "fast");
+    EXPECT_STREQ(aacCoder(aacBitRate(96)), "twoloop");
 }
 
 TEST(AudioChoicesTest, SourceDepthAndTheEncodingsItGives)
