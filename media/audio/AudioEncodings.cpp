@@ -10,23 +10,17 @@ namespace {
 // long for files one or two percent smaller; lower ones lose more than they gain.
 constexpr const char* flacCompressionLevel = "5";
 
-}  // namespace
-
-AVChannelLayout encoderLayout(const AVCodec& codec, const AVChannelLayout& input)
+// `input`, or 7.1 when the container holds fewer channels than it has (the pipe's resampler
+// mixes them down).
+AVChannelLayout heldLayout(AudioContainer container, const AVChannelLayout& input)
 {
-    if (!codec.ch_layouts)
-        return input;
-    const AVChannelLayout* sameCount = nullptr;
-    for (const AVChannelLayout* layout = codec.ch_layouts; layout->nb_channels > 0; ++layout) {
-        if (av_channel_layout_compare(layout, &input) == 0)
-            return input;
-        if (!sameCount && layout->nb_channels == input.nb_channels)
-            sameCount = layout;
-    }
-    if (sameCount)
-        return *sameCount;
-    return input.nb_channels == 1 ? AVChannelLayout(AV_CHANNEL_LAYOUT_MONO) : AVChannelLayout(AV_CHANNEL_LAYOUT_STEREO);
+    const std::optional<int> limit = channelLimit(container);
+    if (limit && input.nb_channels > *limit)
+        return AV_CHANNEL_LAYOUT_7POINT1;
+    return input;
 }
+
+}  // namespace
 
 AudioEncoding audioEncoding(AudioContainer container, const FormatSettings& settings, const AudioShape& frames,
                             SampleDepth depth)
@@ -38,8 +32,7 @@ AudioEncoding audioEncoding(AudioContainer container, const FormatSettings& sett
         encoding.sampleRate = aacSampleRate(frames.sampleRate);
         encoding.bitRate = aacBitRate(settings.audioBitrate);
         encoding.options = {{"aac_coder", aacCoder(int(encoding.bitRate))}};
-        if (encoding.codec)
-            encoding.layout = encoderLayout(*encoding.codec, frames.layout);
+        encoding.layout = heldLayout(container, frames.layout);
         return encoding;
     case AudioContainer::flac: {
         encoding.codec = findEncoder(AV_CODEC_ID_FLAC);
@@ -47,6 +40,7 @@ AudioEncoding audioEncoding(AudioContainer container, const FormatSettings& sett
         encoding.sampleFormat = bits == 16 ? AV_SAMPLE_FMT_S16 : AV_SAMPLE_FMT_S32;
         encoding.bitsPerRawSample = bits == 16 ? 0 : bits;
         encoding.options = {{"compression_level", flacCompressionLevel}};
+        encoding.layout = heldLayout(container, frames.layout);
         return encoding;
     }
     case AudioContainer::wav:

@@ -172,6 +172,13 @@ std::optional<AudioContainer> containerForExtension(const QString& extension)
     return std::nullopt;
 }
 
+std::optional<int> channelLimit(AudioContainer container)
+{
+    if (container == AudioContainer::m4a || container == AudioContainer::flac)
+        return 8;
+    return std::nullopt;
+}
+
 const char* muxerName(AudioContainer container)
 {
     switch (container) {

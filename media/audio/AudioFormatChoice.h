@@ -78,6 +78,10 @@ QString normalizedExtension(const QString& sourcePath);
 // The container for a result's extension ("aif" is AIFF); nullopt for one we don't write.
 std::optional<AudioContainer> containerForExtension(const QString& extension);
 
+// The most channels a result in `container` carries: AAC's channel configurations and FLAC
+// end at eight (7.1); PCM has no limit.
+std::optional<int> channelLimit(AudioContainer container);
+
 // The libavformat muxer writing `container`.
 const char* muxerName(AudioContainer container);
 

@@ -102,6 +102,9 @@ TEST(AudioChoicesTest, SourceDepthAndTheEncodingsItGives)
     for (const auto& row : rows)
         EXPECT_EQ(pcmEncoding(row.container, row.setting, row.source), row.pcm) << int(row.setting);
 
+    EXPECT_EQ(channelLimit(AudioContainer::flac), 8);
+    EXPECT_EQ(channelLimit(AudioContainer::m4a), 8);
+    EXPECT_EQ(channelLimit(AudioContainer::wav), std::nullopt);
     EXPECT_EQ(flacBits(lossy), 16);
     EXPECT_EQ(flacBits(s8), 16);
     EXPECT_EQ(flacBits(s24), 24);
