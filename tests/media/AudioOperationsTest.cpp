@@ -74,6 +74,7 @@ TEST_F(AudioOperationsTest, NormalizeBringsEveryPeakToMinusOneDecibel)
         {"Loud.wav", 1.0, 44100, f32, "Loud Normalized.wav", "pcm_f32le", 44100, 32, 0.0001},
         {"Hi.wav", 0.25, 96000, s24, "Hi Normalized.wav", "pcm_s24le", 48000, 24, 0.01},
         {"Song.flac", 0.5, 44100, flac16, "Song Normalized.flac", "flac", 44100, 16, 0.01},
+        {"Pad.caf", 0.25, 44100, {u"-c:a"_s, u"pcm_s24be"_s}, "Pad Normalized.caf", "pcm_s24be", 44100, 24, 0.01},
         // AAC's coding error lifts a pure tone's decoded peak by up to about half a decibel.
         {"Interview.mp3", 0.5, 44100, mp3, "Interview Normalized.m4a", "aac", 44100, 0, 0.75},
         {"Memo.m4a", 0.3, 48000, aac, "Memo Normalized.m4a", "aac", 48000, 0, 0.75},
