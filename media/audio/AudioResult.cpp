@@ -21,8 +21,13 @@ AudioResult::~AudioResult() = default;
 
 void AudioResult::push(AVFrame& frame, const AudioShape& shape)
 {
+    m_steady.push(&frame, shape, [&](AVFrame& steady) { encode(steady); });
+}
+
+void AudioResult::encode(AVFrame& frame)
+{
     if (!m_pipe)
-        start(shape);
+        start(m_steady.outputShape());
     m_pipe->push(&frame);
 }
 
@@ -64,6 +69,7 @@ void AudioResult::writeCoverArt(const AVStream& picture)
 
 void AudioResult::finish()
 {
+    m_steady.push(nullptr, {}, [&](AVFrame& steady) { encode(steady); });
     if (!m_pipe)
         throw cantReadMedia();
     m_pipe->push(nullptr);

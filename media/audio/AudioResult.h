@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AudioFormatChoice.h"
+#include "SteadyFrames.h"
 #include "media/ffmpeg/AudioEncodePipe.h"
 #include "media/ffmpeg/MediaOutput.h"
 
@@ -23,13 +24,15 @@ public:
                 EncodingFor encodingFor);
     ~AudioResult();
 
-    // Encodes a frame shaped like `shape`; every frame must have that shape.
+    // Encodes a frame shaped like `shape`. Frames may change shape along the way; they are
+    // converted to the first frames' shape.
     void push(AVFrame& frame, const AudioShape& shape);
 
     // Writes what the encoder still holds and closes the file.
     void finish();
 
 private:
+    void encode(AVFrame& frame);
     void start(const AudioShape& shape);
     void writeCoverArt(const AVStream& picture);
 
@@ -37,6 +40,7 @@ private:
     const AudioTrack& m_source;
     EncodingFor m_encodingFor;
     MediaOutput m_output;
+    SteadyFrames m_steady{""};
     std::unique_ptr<AudioEncodePipe> m_pipe;
     AVStream* m_coverOut = nullptr;
 };

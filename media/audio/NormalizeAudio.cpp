@@ -4,11 +4,13 @@
 #include "AudioResult.h"
 #include "AudioTrack.h"
 #include "SampleMath.h"
+#include "SteadyFrames.h"
 #include "media/ffmpeg/MediaErrors.h"
 #include "operations/FileNames.h"
 #include "operations/Logging.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace wendrel::media {
 
@@ -27,36 +29,30 @@ float measurePeak(AudioTrack& track, const OperationContext& context)
     return peak;
 }
 
-// Decodes the track again as float at the render rate, applies `gain` and hands the frames
-// to `result`.
+// Decodes the track again as float at the render rate (the first frames' rate capped; frames
+// that change shape later are brought to it), applies `gain` and hands the frames to `result`.
 void render(AudioTrack& track, float gain, AudioResult& result, const OperationContext& context)
 {
-    std::unique_ptr<FilterChain> toFloat;
-    AudioShape floatShape;
+    std::optional<SteadyFrames> toFloat;
     const FilterChain::FrameSink amplify = [&](AVFrame& floats) {
         // The chain may hand over the decoder's own buffer; the gain needs one of its own.
         if (av_frame_make_writable(&floats) < 0)
             throw std::bad_alloc();
         for (int channel = 0; channel < floats.ch_layout.nb_channels; ++channel)
             applyGain(reinterpret_cast<float*>(floats.extended_data[channel]), std::size_t(floats.nb_samples), gain);
-        result.push(floats, floatShape);
+        result.push(floats, toFloat->outputShape());
     };
     track.decode(
         [&](AVFrame& frame) {
+            const AudioShape decoded = track.shapeOf(frame);
             if (!toFloat) {
-                const AudioShape decoded = track.shapeOf(frame);
-                toFloat = std::make_unique<FilterChain>(
-                    decoded, "aresample=" + std::to_string(normalizedRenderRate(decoded.sampleRate)) +
-                                 ",aformat=sample_fmts=fltp");
-                floatShape = {.sampleRate = toFloat->outputSampleRate(),
-                              .format = AV_SAMPLE_FMT_FLTP,
-                              .layout = toFloat->outputLayout(),
-                              .timeBase = toFloat->outputTimeBase()};
+                toFloat.emplace("aresample=" + std::to_string(normalizedRenderRate(decoded.sampleRate)) +
+                                ",aformat=sample_fmts=fltp");
             }
-            toFloat->push(&frame, amplify);
+            toFloat->push(&frame, decoded, amplify);
         },
         [&](double fraction) { context.progress(analysisShare + fraction * (1 - analysisShare)); });
-    toFloat->push(nullptr, amplify);
+    toFloat->push(nullptr, {}, amplify);
 }
 
 }  // namespace

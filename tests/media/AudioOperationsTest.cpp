@@ -220,13 +220,20 @@ TEST_F(AudioOperationsTest, OddSources)
     QFile::resize(path("long.mp3"), QFileInfo(path("long.mp3")).size() / 2);
     makeMedia(path("clip.mp4"), {u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc2=size=64x48:d=1"_s, u"-f"_s, u"lavfi"_s,
                                  u"-i"_s, u"sine=d=1"_s, u"-shortest"_s});
+    // Two MP3s joined end to end, at different rates and channel counts.
+    makeMedia(path("part1.mp3"), {u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1:r=44100"_s});
+    makeMedia(path("part2.mp3"), {u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1:r=48000"_s, u"-ac"_s, u"2"_s});
+    writeFile(path("joined.mp3"), readFile(path("part1.mp3")) + readFile(path("part2.mp3")));
+    QFile::remove(path("part1.mp3"));
+    QFile::remove(path("part2.mp3"));
     makeMedia(path("many.wav"), {u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1"_s, u"-af"_s, u"pan=hexadecagonal|c0=c0"_s});
     const struct {
         const char* source;
         const char* outcome;  // the failure, or the result's name
     } rows[] = {{"silent.mp4", "No audio in this file"}, {"text.mp3", "Can't read this file"},
                 {"empty.wav", "Can't read this file"},   {"long.mp3", "long.flac"},
-                {"clip.mp4", "clip.flac"},                {"many.wav", "many.flac"}};
+                {"clip.mp4", "clip.flac"},                {"many.wav", "many.flac"},
+                {"joined.mp3", "joined.flac"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.source);
         const JobReport report = run("media.flac", path(row.source));
@@ -239,7 +246,8 @@ TEST_F(AudioOperationsTest, OddSources)
     }
     EXPECT_NEAR(probeMedia(path("long.flac")).duration, 2.0, 0.3);
     EXPECT_EQ(probeMedia(path("many.flac")).first(u"audio"_s).channels, 8);  // FLAC's most, 7.1
-    EXPECT_EQ(folderEntries(folder.path()).size(), 9);  // the six sources and three results
+    EXPECT_NEAR(probeMedia(path("joined.flac")).duration, 2.0, 0.1);
+    EXPECT_EQ(folderEntries(folder.path()).size(), 11);  // the seven sources and four results
 
     const auto offered = [&](const char* id, const char* file) {
         return !OperationCatalog::refusal(*catalog.find(QString::fromUtf8(id)), {path(file)});
