@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -210,7 +211,8 @@ TEST_F(AudioOperationsTest, TagsAndCoverArtTravel)
 }
 
 // What isn't sound gives a clear message and leaves the folder as it was; a truncated file
-// gives what it holds; a movie gives its soundtrack; a file isn't offered its own format.
+// gives what it holds; a movie gives its soundtrack; too many channels are mixed down; joined
+// parts of different shapes come out whole.
 TEST_F(AudioOperationsTest, OddSources)
 {
     makeMedia(path("silent.mp4"), {u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc2=size=64x48:d=1"_s});
@@ -248,14 +250,26 @@ TEST_F(AudioOperationsTest, OddSources)
     EXPECT_EQ(probeMedia(path("many.flac")).first(u"audio"_s).channels, 8);  // FLAC's most, 7.1
     EXPECT_NEAR(probeMedia(path("joined.flac")).duration, 2.0, 0.1);
     EXPECT_EQ(folderEntries(folder.path()).size(), 11);  // the seven sources and four results
+}
 
-    const auto offered = [&](const char* id, const char* file) {
-        return !OperationCatalog::refusal(*catalog.find(QString::fromUtf8(id)), {path(file)});
+// Every sound and movie is offered each target but its own format; only sounds are normalised.
+TEST_F(AudioOperationsTest, WhichFilesAreOffered)
+{
+    const struct {
+        const char* id;
+        const char* file;  // missing files: their type is their extension's
+        bool offered;
+    } rows[] = {
+        {"media.m4a", "x.m4a", false},  {"media.m4a", "x.wav", true},         {"media.m4a", "x.mkv", true},
+        {"media.wav", "x.WAV", false},  {"media.wav", "x.mp4", true},         {"media.aiff", "x.aiff", false},
+        {"media.aiff", "x.aif", false}, {"media.aiff", "x.flac", true},       {"media.flac", "x.flac", false},
+        {"media.flac", "x.ogg", true},  {"media.flac", "x.txt", false},       {"audio.normalize", "x.mp3", true},
+        {"audio.normalize", "x.mp4", false},
     };
-    EXPECT_FALSE(offered("media.flac", "long.flac"));
-    EXPECT_TRUE(offered("media.wav", "long.flac"));
-    EXPECT_TRUE(offered("media.m4a", "clip.mp4"));
-    EXPECT_FALSE(offered("audio.normalize", "clip.mp4"));
+    for (const auto& row : rows) {
+        const bool offered = !OperationCatalog::refusal(*catalog.find(QString::fromUtf8(row.id)), {path(row.file)});
+        EXPECT_EQ(offered, row.offered) << row.id << " " << row.file;
+    }
 }
 
 // Cancelled in the middle of a file, the conversion stops within the next packet or so.
@@ -272,4 +286,17 @@ TEST_F(AudioOperationsTest, CancellationStopsPromptly)
     }, cancelled);
     EXPECT_THROW(media::convertAudio(path("ten.wav"), context, media::AudioContainer::flac, u"flac"_s), OperationCancelled);
     EXPECT_LT(lastSeen, 0.11);
+}
+
+// As a user runs it: the command line loads the media module, normalises two files side by side
+// and places each result beside its original.
+TEST_F(AudioOperationsTest, CommandLineNormalizesSeveralFiles)
+{
+    const QStringList sources{tone("a.wav", 0.5, 44100, s16), tone("b.mp3", 0.5, 44100, mp3)};
+    QProcess wendrel;
+    wendrel.start(QStringLiteral(WENDREL_BINARY), QStringList{u"run"_s, u"audio.normalize"_s} + sources);
+    ASSERT_TRUE(wendrel.waitForFinished(120'000));
+    EXPECT_EQ(wendrel.exitCode(), 0) << wendrel.readAllStandardError().toStdString();
+    EXPECT_EQ(probeMedia(path("a Normalized.wav")).first(u"audio"_s).codec, u"pcm_s16le"_s);
+    EXPECT_EQ(probeMedia(path("b Normalized.m4a")).first(u"audio"_s).codec, u"aac"_s);
 }
