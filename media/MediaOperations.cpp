@@ -1,5 +1,6 @@
 #include "MediaOperations.h"
 
+#include "audio/AudioOperations.h"
 #include "operations/OperationCatalog.h"
 #include "video/VideoOperations.h"
 
@@ -8,6 +9,7 @@ namespace wendrel {
 void registerMediaOperations(OperationCatalog& catalog)
 {
     registerVideoOperations(catalog);
+    registerAudioOperations(catalog);
 }
 
 }  // namespace wendrel

@@ -36,7 +36,8 @@ AudioEncodePipe::AudioEncodePipe(MediaOutput& output, const AudioShape& input, c
             [&](AVCodecContext& context) {
                 context.sample_rate = sampleRate;
                 context.sample_fmt = sampleFormat;
-                av_channel_layout_copy(&context.ch_layout, &input.layout);
+                av_channel_layout_copy(&context.ch_layout,
+                                       encoding.layout.nb_channels > 0 ? &encoding.layout : &input.layout);
                 context.time_base = {1, sampleRate};
                 context.bit_rate = encoding.bitRate;
                 context.bits_per_raw_sample = encoding.bitsPerRawSample;

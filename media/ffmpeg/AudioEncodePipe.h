@@ -18,6 +18,9 @@ struct AudioEncoding {
     // samples); 0 when all of them count.
     int bitsPerRawSample = 0;
     int sampleRate = 0;  // 0: the input's
+    // The channel layout written, for encoders that take only some (AAC); shallow like
+    // AudioShape's. No channels: the input's.
+    AVChannelLayout layout{};
     int64_t bitRate = 0;  // bits per second for lossy codecs; 0: the codec's default
     // The encoder's private options ("compression_level").
     std::vector<std::pair<std::string, std::string>> options{};
