@@ -50,6 +50,14 @@ SizeGoal sizeGoalOf(const QString& path, const Settings& settings, const Operati
     // A rate for a size needs the length; a file that doesn't say is damaged.
     if (duration <= 0)
         throw cantReadMedia();
+    // The source picture's own rate, from its stream or else from the file's size: no attempt
+    // spends more.
+    const AVStream* audio = input.firstStream(AVMEDIA_TYPE_AUDIO);
+    int64_t sourceRate = picture.bit_rate;
+    if (sourceRate <= 0 && input.format().pb) {
+        const int64_t fileBytes = avio_size(input.format().pb);
+        sourceRate = fileBytes > 0 ? int64_t(double(fileBytes) * 8 / duration) - (audio ? audio->codecpar->bit_rate : 0) : 0;
+    }
     const AVRational rate = video->avg_frame_rate.num > 0 ? video->avg_frame_rate : video->r_frame_rate;
     return {
         .targetBytes = qint64(std::llround(settings.targetMB * 1'000'000)),
@@ -57,9 +65,10 @@ SizeGoal sizeGoalOf(const QString& path, const Settings& settings, const Operati
         .displayWidth = int(std::lround(width)),
         .displayHeight = int(std::lround(height)),
         .framesPerSecond = rate.num > 0 && rate.den > 0 ? av_q2d(rate) : 0,
-        .hasAudio = input.firstStream(AVMEDIA_TYPE_AUDIO) != nullptr,
+        .hasAudio = audio != nullptr,
         .hevc = settings.codec == Settings::Codec::hevc,
         .maxHeight = std::max(settings.maxHeight, 0),
+        .sourceVideoBitsPerSecond = std::max<int64_t>(sourceRate, 0),
     };
 }
 

@@ -56,11 +56,14 @@ double fixedBytes(const SizeGoal& goal, int audioBitsPerSecond)
 }
 
 // The rate at `limit`, or at the first smaller height whose lowest rate it reaches; nothing
-// when even the smallest is starved.
+// when even the smallest is starved. A rate the source's own picture doesn't reach keeps the
+// height: the source shows what that rate looks like at that size.
 std::optional<SizeAttempt> placed(const SizeGoal& goal, int limit, double videoBitsPerSecond, int audioBitsPerSecond)
 {
     int height = attemptHeight(goal, limit);
-    while (videoBitsPerSecond < double(lowestVideoRate(goal, height))) {
+    const bool sourceRateSuffices =
+        goal.sourceVideoBitsPerSecond > 0 && videoBitsPerSecond >= double(goal.sourceVideoBitsPerSecond);
+    while (!sourceRateSuffices && videoBitsPerSecond < double(lowestVideoRate(goal, height))) {
         const std::optional<int> smaller = smallerHeight(height);
         if (!smaller)
             return std::nullopt;
@@ -117,7 +120,8 @@ int64_t lowestVideoRate(const SizeGoal& goal, int height)
 
 int64_t highestVideoRate(const SizeGoal& goal, int height)
 {
-    return int64_t(std::llround(pixelsPerSecond(goal, height) * (goal.hevc ? 0.25 * 2 / 3 : 0.25)));
+    const auto highest = int64_t(std::llround(pixelsPerSecond(goal, height) * (goal.hevc ? 0.25 * 2 / 3 : 0.25)));
+    return goal.sourceVideoBitsPerSecond > 0 ? std::min(highest, goal.sourceVideoBitsPerSecond) : highest;
 }
 
 SizeStep nextSizeStep(const SizeGoal& goal, const std::vector<AttemptOutcome>& attempts)
@@ -170,8 +174,14 @@ SizeStep nextSizeStep(const SizeGoal& goal, const std::vector<AttemptOutcome>& a
     }
     if (fastestFit && slowestOver && (next <= *fastestFit || next >= *slowestOver))
         next = (*fastestFit + *slowestOver) / 2;
-    // A rate within 1 % of one that fitted gains nothing worth another encode.
+    // A rate within 1 % of one that fitted gains nothing worth another encode; and a second
+    // fit far under the target says the content takes no more bits.
     if (fastestFit && next <= *fastestFit * 1.01)
+        return settle;
+    const auto fitsHere = [&](const AttemptOutcome& outcome) {
+        return outcome.attempt.maxHeight == tried.maxHeight && fits(goal, outcome);
+    };
+    if (fits(goal, last) && std::count_if(attempts.begin(), attempts.end(), fitsHere) > 1)
         return settle;
 
     const std::optional<SizeAttempt> attempt = placed(goal, tried.maxHeight, next, tried.audioBitsPerSecond);

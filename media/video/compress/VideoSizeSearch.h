@@ -17,6 +17,7 @@ struct SizeGoal {
     bool hasAudio = true;
     bool hevc = false;
     int maxHeight = 0;  // the user's limit on the displayed height; 0: none
+    int64_t sourceVideoBitsPerSecond = 0;  // the source picture's rate; 0: unknown
 };
 
 // One encode of the search: the displayed height it is limited to (0: the source's) and the
@@ -55,8 +56,12 @@ inline constexpr int maxSizeAttempts = 4;
 // how far its picture's share missed (measured when the outcome says, else estimated: a
 // copied soundtrack or a fuller index than expected then doesn't mislead it). A rate too low for a picture's size (below
 // lowestBitsPerPixel) makes it smaller, down the usual heights to 240 lines, before the search
-// gives up. It keeps the first attempt that lands in the window, else the largest one that
-// fits when the attempts run out or a better one can't be had.
+// gives up. No rate goes above what the source's own picture spends: a calm or already small
+// video isn't made larger, and it keeps its height, which that rate already serves. The
+// search keeps the first attempt that lands in the window, else the largest one that fits
+// when the attempts run out or a better one can't be had: a picture that fitted far under
+// is tried once more at a higher rate, not chased further, since an encoder given more bits
+// than the content needs doesn't spend them.
 SizeStep nextSizeStep(const SizeGoal& goal, const std::vector<AttemptOutcome>& attempts);
 
 // The parts of the rule, for testing and logging.
@@ -74,7 +79,7 @@ qint64 containerOverheadBytes(double durationSeconds, double framesPerSecond, bo
 
 // The rates below which a picture of this size falls apart into blocks, and above which more
 // bits no longer show: bits per pixel and frame of 0.03 and 0.25 for H.264, two thirds of
-// that for HEVC, which needs fewer for the same look.
+// that for HEVC, which needs fewer for the same look. The highest is never above the source's.
 int64_t lowestVideoRate(const SizeGoal& goal, int height);
 int64_t highestVideoRate(const SizeGoal& goal, int height);
 

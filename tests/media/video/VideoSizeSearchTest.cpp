@@ -69,6 +69,10 @@ TEST(VideoSizeSearchTest, EachStepFollowsFromTheAttemptsSoFar)
         {"a limit above the source's height changes nothing",
          with(fiveMB, [](SizeGoal& g) { g.maxHeight = 2160; g.targetBytes = 20'000'000; }), {},
          {Kind::encode, {0, 5'118'816, 128'000}}},
+        {"a source picture of 400 kbit/s: its rate, at its height",
+         with(fiveMB, [](SizeGoal& g) { g.sourceVideoBitsPerSecond = 400'000; }), {}, {Kind::encode, {0, 400'000, 128'000}}},
+        {"a second fit far under, at a higher rate: the content takes no more, the larger is kept", fiveMB,
+         {{first720, 3'000'000}, {{720, 2'000'000, 128'000}, 3'600'000}}, {.kind = Kind::keep, .chosen = 1}},
         {"no duration: nothing to plan with", with(fiveMB, [](SizeGoal& g) { g.durationSeconds = 0; }), {}, {}},
     };
     for (const Row& row : rows) {
