@@ -38,8 +38,11 @@ SizeGoal sizeGoalOf(const QString& path, const Settings& settings, const Operati
     const AVCodecParameters& picture = *video->codecpar;
     double width = picture.width;
     double height = picture.height;
-    if (picture.sample_aspect_ratio.num > 0 && picture.sample_aspect_ratio.den > 0)
-        width *= av_q2d(picture.sample_aspect_ratio);
+    // Pixels drawn wider or narrower than square, within what real formats use (anamorphic
+    // DVDs); anything beyond is a damaged header and is ignored.
+    const double pixelAspect = picture.sample_aspect_ratio.den > 0 ? av_q2d(picture.sample_aspect_ratio) : 0;
+    if (pixelAspect >= 0.25 && pixelAspect <= 4)
+        width *= pixelAspect;
     // A phone's portrait clip is stored on its side and turned by the player.
     if (const uint8_t* matrix = av_stream_get_side_data(video, AV_PKT_DATA_DISPLAYMATRIX, nullptr)) {
         const double degrees = av_display_rotation_get(reinterpret_cast<const int32_t*>(matrix));
@@ -47,8 +50,9 @@ SizeGoal sizeGoalOf(const QString& path, const Settings& settings, const Operati
             std::swap(width, height);
     }
     const double duration = input.durationSeconds(*video);
-    // A rate for a size needs the length; a file that doesn't say is damaged.
-    if (duration <= 0)
+    // A rate for a size needs the length and the picture's size; a file that doesn't say is
+    // damaged.
+    if (duration <= 0 || width < 1 || height < 1)
         throw cantReadMedia();
     // The source picture's own rate, from its stream or else from the file's size: no attempt
     // spends more.
@@ -60,7 +64,8 @@ SizeGoal sizeGoalOf(const QString& path, const Settings& settings, const Operati
     }
     const AVRational rate = video->avg_frame_rate.num > 0 ? video->avg_frame_rate : video->r_frame_rate;
     return {
-        .targetBytes = qint64(std::llround(settings.targetMB * 1'000'000)),
+        // A stored size beyond any disk is taken as a petabyte.
+        .targetBytes = qint64(std::llround(std::clamp(settings.targetMB, 0.0, 1e9) * 1'000'000)),
         .durationSeconds = duration,
         .displayWidth = int(std::lround(width)),
         .displayHeight = int(std::lround(height)),
