@@ -3,12 +3,14 @@
 #include "audio/AudioOperations.h"
 #include "operations/OperationCatalog.h"
 #include "video/VideoOperations.h"
+#include "video/compress/VideoCompressOperation.h"
 
 namespace wendrel {
 
 void registerMediaOperations(OperationCatalog& catalog)
 {
     registerVideoOperations(catalog);
+    media::registerVideoCompressOperation(catalog);
     registerAudioOperations(catalog);
 }
 

@@ -2,6 +2,7 @@
 #include "operations/settings/FormatSettings.h"
 #include "operations/settings/PDFCompressionSettings.h"
 #include "operations/settings/SettingsStore.h"
+#include "operations/settings/VideoCompressionSettings.h"
 
 #include "support/TestEnvironment.h"
 
@@ -43,6 +44,8 @@ TEST_F(StoredSettingsTest, RecordsAreStoredUnderTheirKeysAndReadBack)
               R"("targetMB":1})");
     EXPECT_EQ(storedText(PDFCompressionSettings{}),
               R"({"mode":"quality","quality":"balanced","rasterize":false,"targetMB":2})");
+    EXPECT_EQ(storedText(VideoCompressionSettings{}),
+              R"({"codec":"h264","maxHeight":0,"mode":"quality","quality":"balanced","targetMB":25})");
 
     FormatSettings format;
     format.imageQuality = FormatSettings::ImageQuality::higher;
@@ -57,9 +60,16 @@ TEST_F(StoredSettingsTest, RecordsAreStoredUnderTheirKeysAndReadBack)
     pdf.quality = QualityLevel::small;
     pdf.rasterize = true;
     pdf.save();
+    VideoCompressionSettings video;
+    video.mode = VideoCompressionSettings::Mode::targetSize;
+    video.targetMB = 8.5;
+    video.maxHeight = 720;
+    video.codec = VideoCompressionSettings::Codec::hevc;
+    video.save();
     EXPECT_EQ(FormatSettings::load(), format);
     EXPECT_EQ(CompressionSettings::load(), compression);
     EXPECT_EQ(PDFCompressionSettings::load(), pdf);
+    EXPECT_EQ(VideoCompressionSettings::load(), video);
     EXPECT_EQ(SettingsStore::filePath(), qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/Wendrel/Wendrel.conf"));
     EXPECT_TRUE(QFileInfo::exists(SettingsStore::filePath()));
 }
@@ -95,6 +105,13 @@ TEST_F(StoredSettingsTest, DamagedRecordsGiveTheDefaults)
         {"compressionSettings",
          R"({"mode":"quality","targetMB":1.5,"reducePercent":50,"qualityPercent":75,"maxDimension":0,"format":null})",
          false},
+        {"videoCompressionSettings", R"({"mode":"targetSize","quality":"small","targetMB":5,"maxHeight":480,"codec":"hevc"})",
+         true},
+        {"videoCompressionSettings", R"({"mode":"targetSize","quality":"small","targetMB":5,"maxHeight":480,"codec":"av1"})",
+         false},
+        {"videoCompressionSettings", R"({"mode":"quality","quality":"high","targetMB":5,"maxHeight":720.5,"codec":"h264"})",
+         false},
+        {"videoCompressionSettings", R"({"mode":"quality","quality":"high","targetMB":5,"codec":"h264"})", false},
         {"compressionSettings", R"(["mode","quality"])", false},
         {"compressionSettings", R"({"mode":"quality", truncated)", false},
         {"compressionSettings", "", false},
@@ -108,6 +125,10 @@ TEST_F(StoredSettingsTest, DamagedRecordsGiveTheDefaults)
         } else if (QLatin1String(row.key) == u"pdfCompressionSettings") {
             EXPECT_EQ(PDFCompressionSettings::load(),
                       row.readsAsStored ? *PDFCompressionSettings::fromJson(stored) : PDFCompressionSettings{})
+                << row.json.constData();
+        } else if (QLatin1String(row.key) == u"videoCompressionSettings") {
+            EXPECT_EQ(VideoCompressionSettings::load(),
+                      row.readsAsStored ? *VideoCompressionSettings::fromJson(stored) : VideoCompressionSettings{})
                 << row.json.constData();
         } else {
             EXPECT_EQ(CompressionSettings::load(), CompressionSettings{}) << row.json.constData();
