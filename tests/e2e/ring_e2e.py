@@ -14,6 +14,7 @@ import struct
 import subprocess
 import sys
 import time
+import wave
 import zlib
 
 from desktop import Checks, Desktop, require_tools, wait_for
@@ -56,6 +57,24 @@ def write_pdf(path):
     pdf += b"trailer\n<< /Size %d /Root 1 0 R >>\nstartxref\n%d\n%%%%EOF\n" % (len(objects) + 1, table)
     with open(path, "wb") as file:
         file.write(pdf)
+
+
+def write_tone(path, peak, seconds=1.0, rate=44100):
+    """A 16-bit mono WAV of a 441 Hz tone whose loudest sample is `peak` (of full scale)."""
+    samples = [round(peak * 32767 * math.sin(2 * math.pi * 441 * n / rate)) for n in range(int(seconds * rate))]
+    with wave.open(path, "wb") as file:
+        file.setnchannels(1)
+        file.setsampwidth(2)
+        file.setframerate(rate)
+        file.writeframes(struct.pack("<%dh" % len(samples), *samples))
+
+
+def wav_peak(path):
+    """The loudest sample of a 16-bit WAV as a fraction of full scale, read without Wendrel."""
+    with wave.open(path, "rb") as file:
+        assert file.getsampwidth() == 2
+        frames = file.readframes(file.getnframes())
+    return max(abs(value) for value in struct.unpack("<%dh" % (len(frames) // 2), frames)) / 32768
 
 
 def segment_point(desktop, window, index, count):
@@ -237,6 +256,22 @@ def main():
                 check(re.search(r"^Page rot:\s+90$", info, re.MULTILINE), "its page is turned 90 degrees")
             check(wait_for(lambda: not desktop.visible_window(RING)), "and the ring goes after the result")
 
+        # Sound from the tools ring: Normalize brings a quiet recording's loudest sample to -1 dBFS.
+        interview = os.path.join(desktop.home, "Interview.wav")
+        write_tone(interview, 0.5)
+        recording = open(interview, "rb").read()
+        tools = [entry["id"] for entry in json.loads(desktop.run([wendrel, "ops", "--json", interview]).stdout)["tools"]]
+        window = open_ring(desktop, wendrel, "tools", interview)
+        if check(window and "audio.normalize" in tools, "the tools ring opens for the WAV, with Normalize"):
+            click_segment(desktop, window, tools.index("audio.normalize"), len(tools))
+            normalized = os.path.join(desktop.home, "Interview Normalized.wav")
+            check(wait_for(lambda: os.path.exists(normalized)), "clicking Normalize writes Interview Normalized.wav")
+            if os.path.exists(normalized):
+                peak = wav_peak(normalized)
+                check(abs(20 * math.log10(peak) + 1) < 0.01, f"its loudest sample is at -1 dBFS ({peak:.5f})")
+            check(open(interview, "rb").read() == recording, "the recording is unchanged")
+            check(wait_for(lambda: not desktop.visible_window(RING)), "and the ring goes after the result")
+
         # Nothing fits: the tools ring for a plain text file; Escape closes it.
         notes = os.path.join(desktop.home, "notes.txt")
         with open(notes, "w") as file:
@@ -286,9 +321,9 @@ def main():
                     if key == "Right":
                         check(wait_for(lambda: shown_windows() - opened), "Right opens the submenu")
 
-            # The last job made Report Rotated.pdf; the JPG of an earlier job stays.
-            last = os.path.join(desktop.home, "Report Rotated.pdf")
-            trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Report Rotated.pdf")
+            # The last job made Interview Normalized.wav; the JPG of an earlier job stays.
+            last = os.path.join(desktop.home, "Interview Normalized.wav")
+            trashed = os.path.join(desktop.env["XDG_DATA_HOME"], "Trash", "files", "Interview Normalized.wav")
             choose("Down", "Down", "Return")  # Choose Files…, Undo Last Result
             check(wait_for(lambda: os.path.exists(trashed)), "Undo Last Result moves the last result to the Trash")
             check(not os.path.exists(last) and os.path.exists(result), "only the last job's result is gone")
