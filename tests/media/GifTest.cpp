@@ -2,16 +2,17 @@
 #include "media/gif/GifPlan.h"
 #include "media/gif/GifWriter.h"
 
-#include "MediaTestTools.h"
+#include "media/video/VideoTestTools.h"
 #include "operations/JobRunner.h"
 #include "operations/OperationCatalog.h"
 #include "operations/OperationContext.h"
 #include "operations/OperationError.h"
 #include "operations/settings/FormatSettings.h"
-#include "support/ExternalTool.h"
 #include "support/JobHarness.h"
 #include "support/TestEnvironment.h"
 
+#include <QJsonObject>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -48,15 +49,17 @@ struct Rgb {
 // show it), one pixel at (x, y) of a `width`-wide picture.
 Rgb firstFramePixel(const QString& path, int width, int x, int y)
 {
-    const ToolOutcome decoded = runExternalTool(
-        u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, path, u"-frames:v"_s, u"1"_s, u"-f"_s, u"rawvideo"_s,
-                      u"-pix_fmt"_s, u"rgb24"_s, u"-"_s});
+    QProcess ffmpeg;
+    ffmpeg.start(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-nostdin"_s, u"-i"_s, path, u"-frames:v"_s, u"1"_s, u"-f"_s,
+                               u"rawvideo"_s, u"-pix_fmt"_s, u"rgb24"_s, u"-"_s});
+    const bool decoded = ffmpeg.waitForFinished(60'000) && ffmpeg.exitCode() == 0;
+    const QByteArray pixels = ffmpeg.readAllStandardOutput();
     const qsizetype at = (qsizetype(y) * width + x) * 3;
-    if (!decoded.succeeded() || decoded.out.size() < at + 3) {
-        ADD_FAILURE() << "can't decode " << path.toStdString();
+    if (!decoded || pixels.size() < at + 3) {
+        ADD_FAILURE() << "can't decode " << path.toStdString() << ": " << ffmpeg.readAllStandardError().toStdString();
         return {-1, -1, -1};
     }
-    const auto channel = [&](qsizetype i) { return int(quint8(decoded.out[at + i])); };
+    const auto channel = [&](qsizetype i) { return int(quint8(pixels[at + i])); };
     return {channel(0), channel(1), channel(2)};
 }
 
@@ -136,7 +139,7 @@ TEST_F(GifTest, FramesSizesAndLengthFollowTheSettings)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        ASSERT_TRUE(makeMedia(path(QString::fromUtf8(row.name)), row.make));
+        ASSERT_TRUE(makeClip(path(QString::fromUtf8(row.name)), row.make));
         FormatSettings settings;
         settings.gifFPS = row.fps;
         settings.gifMaxWidth = row.maxWidth;
@@ -148,14 +151,15 @@ TEST_F(GifTest, FramesSizesAndLengthFollowTheSettings)
         EXPECT_TRUE(report.results.first().endsWith(QString::fromUtf8(row.name).section(u'.', 0, 0) + u".gif"_s));
         EXPECT_EQ(readFile(path(QString::fromUtf8(row.name))), original);
 
-        const ProbedMedia gif = probeMedia(report.results.first(), true);
-        const ProbedStream picture = gif.first(u"video"_s);
-        EXPECT_EQ(picture.codec, u"gif");
-        EXPECT_EQ(picture.width, row.width);
-        EXPECT_EQ(picture.height, row.height);
-        EXPECT_NEAR(double(picture.frames), double(row.frames), 1.0);
+        const QJsonObject gif = probe(report.results.first());
+        const QJsonObject picture = streamOf(gif, u"video"_s);
+        EXPECT_EQ(picture[u"codec_name"].toString(), u"gif");
+        EXPECT_EQ(picture[u"width"].toInt(), row.width);
+        EXPECT_EQ(picture[u"height"].toInt(), row.height);
+        EXPECT_NEAR(double(pictureTimes(report.results.first()).size()), double(row.frames), 1.0);
         if (row.frames > 1) {
-            EXPECT_NEAR(gif.duration, double(row.frames) / row.fps, 0.15);
+            const double duration = gif[u"format"][u"duration"].toString().toDouble();
+            EXPECT_NEAR(duration, double(row.frames) / row.fps, 0.15);
         }
         // Loops forever: the application extension with a loop count of 0.
         EXPECT_TRUE(readFile(report.results.first()).contains(QByteArray("NETSCAPE2.0\x03\x01\x00\x00", 16)));
@@ -166,7 +170,7 @@ TEST_F(GifTest, FramesSizesAndLengthFollowTheSettings)
 // comes out turned the way players show it.
 TEST_F(GifTest, ColoursSurviveAndTurnedClipsStandUpright)
 {
-    ASSERT_TRUE(makeMedia(path(u"bars.mp4"_s), colourBars(u"64x90"_s, u"1"_s)));
+    ASSERT_TRUE(makeClip(path(u"bars.mp4"_s), colourBars(u"64x90"_s, u"1"_s)));
     const JobReport straight = makeGif(path(u"bars.mp4"_s));
     ASSERT_TRUE(straight.succeeded) << straight.message.toStdString();
     const Rgb pure[] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
@@ -175,14 +179,14 @@ TEST_F(GifTest, ColoursSurviveAndTurnedClipsStandUpright)
         EXPECT_TRUE(near(seen, pure[bar], 24)) << bar << ": " << seen.r << "," << seen.g << "," << seen.b;
     }
 
-    ASSERT_TRUE(makeMedia(path(u"phone.mp4"_s),
+    ASSERT_TRUE(makeClip(path(u"phone.mp4"_s),
                           {u"-i"_s, path(u"bars.mp4"_s), u"-c"_s, u"copy"_s, u"-metadata:s:v"_s, u"rotate=90"_s}));
-    ASSERT_NE(probeMedia(path(u"phone.mp4"_s)).first(u"video"_s).rotation, 0);
+    ASSERT_NE(rotationOf(streamOf(probe(path(u"phone.mp4"_s)), u"video"_s)), 0);
     const JobReport turned = makeGif(path(u"phone.mp4"_s));
     ASSERT_TRUE(turned.succeeded) << turned.message.toStdString();
-    const ProbedStream picture = probeMedia(turned.results.first()).first(u"video"_s);
-    EXPECT_EQ(picture.width, 90);
-    EXPECT_EQ(picture.height, 192);
+    const QJsonObject picture = streamOf(probe(turned.results.first()), u"video"_s);
+    EXPECT_EQ(picture[u"width"].toInt(), 90);
+    EXPECT_EQ(picture[u"height"].toInt(), 192);
     // The bars now run top to bottom, in the order the ffmpeg program's own turning gives.
     for (int bar = 0; bar < 3; ++bar) {
         const int y = bar * 64 + 32;
@@ -194,8 +198,8 @@ TEST_F(GifTest, ColoursSurviveAndTurnedClipsStandUpright)
 
 TEST_F(GifTest, BadInputsGiveClearMessagesAndLeaveNothing)
 {
-    ASSERT_TRUE(makeMedia(path(u"sound.mp4"_s), {u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1"_s, u"-c:a"_s, u"aac"_s}));
-    ASSERT_TRUE(makeMedia(path(u"strange.mp4"_s), testPicture(u"64x48"_s, u"1"_s)));
+    ASSERT_TRUE(makeClip(path(u"sound.mp4"_s), {u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1"_s, u"-c:a"_s, u"aac"_s}));
+    ASSERT_TRUE(makeClip(path(u"strange.mp4"_s), testPicture(u"64x48"_s, u"1"_s)));
     // A picture in a codec nobody knows: the sample entry's code renamed.
     writeFile(path(u"strange.mp4"_s), readFile(path(u"strange.mp4"_s)).replace("avc1", "zzzz"));
     writeFile(path(u"notes.mp4"_s), "just some text, not a movie\n");
@@ -220,7 +224,7 @@ TEST_F(GifTest, BadInputsGiveClearMessagesAndLeaveNothing)
 // Cancelled in the second pass: the writer stops at the next packet.
 TEST_F(GifTest, CancellationStopsPromptly)
 {
-    ASSERT_TRUE(makeMedia(path(u"long.mp4"_s), testPicture(u"96x54"_s, u"20"_s)));
+    ASSERT_TRUE(makeClip(path(u"long.mp4"_s), testPicture(u"96x54"_s, u"20"_s)));
     QTemporaryDir scratch;
     const auto cancelled = std::make_shared<std::atomic_bool>(false);
     double cancelledAt = -1;
