@@ -53,8 +53,7 @@ public:
         m_spanSeconds = duration > 0 ? std::min(duration, gifLongestSeconds) : gifLongestSeconds;
     }
 
-    // Returns how many frames were decoded.
-    qint64 run(double progressFrom, double progressTo, const StreamDecoder::FrameSink& sink)
+    void run(double progressFrom, double progressTo, const StreamDecoder::FrameSink& sink)
     {
         StreamDecoder decoder(m_stream, unsupportedVideoFormat());
         const PacketPtr packet = makePacket();
@@ -82,7 +81,6 @@ public:
         }
         decoder.decode(nullptr, keep);
         m_context.progress(progressTo);
-        return decoder.framesDecoded();
     }
 
 private:
