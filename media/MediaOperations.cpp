@@ -1,6 +1,7 @@
 #include "MediaOperations.h"
 
 #include "audio/AudioOperations.h"
+#include "gif/GifOperation.h"
 #include "operations/OperationCatalog.h"
 #include "video/VideoOperations.h"
 #include "video/compress/VideoCompressOperation.h"
@@ -12,6 +13,7 @@ void registerMediaOperations(OperationCatalog& catalog)
     registerVideoOperations(catalog);
     media::registerVideoCompressOperation(catalog);
     registerAudioOperations(catalog);
+    registerGifOperation(catalog);
 }
 
 }  // namespace wendrel

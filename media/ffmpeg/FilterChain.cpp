@@ -9,6 +9,7 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include <algorithm>
 
 namespace wendrel::media {
 
@@ -96,15 +97,31 @@ FilterChain::FilterChain(const AudioShape& input, const std::string& filters, in
         av_buffersink_set_frame_size(m_sink, unsigned(outputFrameSize));
 }
 
+std::string videoSourceArguments(const VideoShape& shape)
+{
+    const AVRational aspect = shape.sampleAspect.num > 0 ? shape.sampleAspect : AVRational{1, 1};
+    std::string arguments = "video_size=" + std::to_string(shape.width) + "x" + std::to_string(shape.height) +
+                            ":pix_fmt=" + std::to_string(int(shape.format)) +
+                            ":time_base=" + fraction(shape.timeBase) + ":pixel_aspect=" + fraction(aspect);
+    if (shape.frameRate.num > 0)
+        arguments += ":frame_rate=" + fraction(shape.frameRate);
+    return arguments;
+}
+
 FilterChain::FilterChain(const VideoShape& input, const std::string& filters)
 {
-    const AVRational aspect = input.sampleAspect.num > 0 ? input.sampleAspect : AVRational{1, 1};
-    std::string arguments = "video_size=" + std::to_string(input.width) + "x" + std::to_string(input.height) +
-                            ":pix_fmt=" + std::to_string(int(input.format)) +
-                            ":time_base=" + fraction(input.timeBase) + ":pixel_aspect=" + fraction(aspect);
-    if (input.frameRate.num > 0)
-        arguments += ":frame_rate=" + fraction(input.frameRate);
-    build("buffer", arguments, "buffersink", filters.empty() ? "null" : filters);
+    build("buffer", videoSourceArguments(input), "buffersink", filters.empty() ? "null" : filters);
+    m_video = input;
+}
+
+int64_t videoFrameEnd(const AVFrame& frame, const VideoShape& shape)
+{
+    if (frame.pts == AV_NOPTS_VALUE)
+        return AV_NOPTS_VALUE;
+    int64_t duration = frame.pkt_duration;
+    if (duration <= 0 && shape.frameRate.num > 0)
+        duration = av_rescale_q(1, av_inv_q(shape.frameRate), shape.timeBase);
+    return frame.pts + std::max<int64_t>(duration, 0);
 }
 
 void FilterChain::build(const char* source, const std::string& sourceArguments, const char* sink,
@@ -142,7 +159,15 @@ void FilterChain::build(const char* source, const std::string& sourceArguments, 
 
 void FilterChain::push(AVFrame* frame, const FrameSink& sink)
 {
-    require(av_buffersrc_add_frame_flags(m_source, frame, AV_BUFFERSRC_FLAG_KEEP_REF), "filter input frame");
+    if (m_video && frame) {
+        const int64_t end = videoFrameEnd(*frame, *m_video);
+        if (end != AV_NOPTS_VALUE && (m_videoEnd == AV_NOPTS_VALUE || end > m_videoEnd))
+            m_videoEnd = end;
+    }
+    if (!frame && m_videoEnd != AV_NOPTS_VALUE)
+        require(av_buffersrc_close(m_source, m_videoEnd, AV_BUFFERSRC_FLAG_PUSH), "filter input end");
+    else
+        require(av_buffersrc_add_frame_flags(m_source, frame, AV_BUFFERSRC_FLAG_KEEP_REF), "filter input frame");
     pull(sink);
 }
 

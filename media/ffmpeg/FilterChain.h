@@ -3,6 +3,7 @@
 #include "AvHandles.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 extern "C" {
@@ -73,7 +74,20 @@ private:
     AVFilterContext* m_source = nullptr;
     AVFilterContext* m_sink = nullptr;
     FramePtr m_frame = makeFrame();
+    // Video only: where the last picture pushed ends, in the input's time base, or none yet.
+    std::optional<VideoShape> m_video;
+    int64_t m_videoEnd = AV_NOPTS_VALUE;
 };
+
+// The "buffer" source's arguments for frames of `shape`, for graphs built outside FilterChain
+// (two inputs).
+std::string videoSourceArguments(const VideoShape& shape);
+
+// Where `frame` (a picture with pts in `shape`'s time base) ends on the timeline: its pts plus
+// its duration, or one frame interval of `shape`'s rate when the packet gave none. Ending a
+// video input at that time, not at the last pts, lets filters that resample time ("fps") show
+// the last picture for as long as it lasts: a one-frame clip still gives a frame.
+int64_t videoFrameEnd(const AVFrame& frame, const VideoShape& shape);
 
 // "stereo", "5.1(side)", or "4 channels" for a layout without a name.
 std::string channelLayoutName(const AVChannelLayout& layout);
