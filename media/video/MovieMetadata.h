@@ -36,7 +36,7 @@ class MediaOutput;
 
 // Gives `output` the tags of `input` and writes its header, with the index at the front so the
 // result plays while it downloads. `quickTimeKeys`: the container can keep the phone's own
-// keys (QuickTime can; MP4 players read titles only from the iTunes-style list, which
+// keys (QuickTime can; MP4 players read titles only from the "ilst" item list, which
 // writing those keys would replace).
 void writeMovieHeader(MediaOutput& output, const AVFormatContext& input, bool quickTimeKeys);
 
