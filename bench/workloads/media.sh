@@ -4,7 +4,7 @@
 # 5-minute WAV and MP3 (the 3:15 piece looped), and the 1080p 30-second clip re-encoded to
 # MPEG-2 video with PCM sound in Matroska: neither goes into an MP4 as it is (MPEG-4 Visual
 # would, and be copied), so both sides re-encode everything. A row whose entry this build
-# doesn't have is left out with a note.
+# doesn't have is left out with a note. Movies to GIF are measured in gif.sh.
 # Video rows are slow on few cores: they run BENCH_MEDIA_VIDEO_RUNS times (default 1).
 
 # What our "maximum" video quality encodes with (media/video/VideoChoices.cpp, VideoEncodePipe.cpp):
@@ -67,8 +67,6 @@ media_task "Video: 1080p 30 s MPEG-2 MKV to MP4 (x264 crf $x264_crf, $x264_prese
     "$media/clip_1080p.mkv" \
     "ffmpeg libx264" 'ffmpeg -v error -nostdin -i "$f" -c:v libx264 -preset '"$x264_preset"' -crf '"$x264_crf"' -pix_fmt yuv420p -c:a aac -b:a '"$aac_bitrate"' -movflags +faststart "$OUT/$b.mp4"'
 
-media_task "Video: 1080p 30 s clip to GIF (15 fps, 640 px wide)" video.gif "$clip" \
-    "ffmpeg palettegen + paletteuse" 'filters="fps=15,scale=640:-1:flags=lanczos"; ffmpeg -v error -nostdin -t 30 -i "$f" -vf "$filters,palettegen" -y "$OUT/palette.png" && ffmpeg -v error -nostdin -t 30 -i "$f" -i "$OUT/palette.png" -lavfi "$filters[x];[x][1:v]paletteuse" "$OUT/$b.gif" && rm "$OUT/palette.png"'
 BENCH_RUNS=$saved_runs
 
 # Compression to a size: how close the result lands and how many encodings it took.
