@@ -24,7 +24,8 @@ done
 "$root/scripts/bootstrap.sh"
 # The tools the benchmarks compare against, from Debian's packages; the tests don't need them.
 anchors=(webp libavif-bin libheif-examples jpegoptim p7zip-full hyperfine ghostscript img2pdf mupdf-tools cmark
-         libreoffice-calc-nogui)  # the spreadsheet converter the sheets workload compares against
+         libreoffice-calc-nogui  # the spreadsheet converter the sheets workload compares against
+         sox bc)  # peak normalisation the media workload compares against; bc for its gains
 missing=(); for package in "${anchors[@]}"; do dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package"); done
 if ((${#missing[@]})); then
     as_root=(); [[ $(id -u) -eq 0 ]] || as_root=(sudo)

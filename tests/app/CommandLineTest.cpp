@@ -6,6 +6,7 @@
 #include "operations/RingOrder.h"
 #include "operations/settings/CompressionSettings.h"
 #include "operations/settings/SettingsStore.h"
+#include "support/ExternalTool.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -305,6 +306,11 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
     const QString photo = folder.filePath(u"photo.png"_s);
     save(photoLike(64, 48), photo);
     const QString report = writeTestPdf(folder.filePath(u"Report.pdf"_s), pagesOfText(3));
+    const QString clip = folder.filePath(u"clip.mp4"_s);
+    ASSERT_TRUE(runExternalTool(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
+                                              u"testsrc2=size=64x48:rate=5:duration=1"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
+                                              u"sine=duration=1"_s, u"-c:v"_s, u"libx264"_s, clip})
+                    .succeeded());
     QDir(QDir::homePath() + u"/.cache/wendrel"_s).removeRecursively();
 
     struct Case {
@@ -330,6 +336,8 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
         // as an option is taken as it is, without a second typing.
         {{u"run"_s, u"pdf.split"_s, report}, 0, true, false},
         {{u"run"_s, u"pdf.password"_s, u"--password"_s, u"pw 1"_s, report}, 0, true, false},
+        // Audio and video entries run with the media module alone.
+        {{u"run"_s, u"video.extractAudio"_s, clip}, 0, false, false, true},
         // A run named like an audio entry that the media module doesn't serve looks everywhere
         // before it says there is no such entry.
         {{u"run"_s, u"audio.unheard-of"_s, talk}, 2, true, false},
@@ -349,6 +357,7 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
     EXPECT_EQ(pdfToText(pages + u"/Page 002.pdf"_s).trimmed(), u"Page 2"_s);
     EXPECT_TRUE(qpdfCheckPasses(folder.filePath(u"Report Protected.pdf"_s), u"pw 1"_s));
     EXPECT_FALSE(qpdfCheckPasses(folder.filePath(u"Report Protected.pdf"_s)));
+    EXPECT_TRUE(QFileInfo::exists(folder.filePath(u"clip.m4a"_s)));
 }
 
 // Which layer modules a command loads first, beyond the documents layer linked in: none for a

@@ -84,7 +84,7 @@ TEST(MediaTestTools, TonesHaveExactPeaksAndProbesReadWhatWasWritten)
     } tones[] = {
         {"half.wav", 0.5, 48000, 2, {u"-c:a"_s, u"pcm_s16le"_s}, u"s16"_s, 16},
         {"quarter.flac", 0.25, 44100, 1, {u"-c:a"_s, u"flac"_s, u"-sample_fmt"_s, u"s32"_s}, u"s32"_s, 24},
-        {"float.wav", 0.7, 22050, 6, {u"-c:a"_s, u"pcm_f32le"_s}, u"flt"_s, 0},
+        {"float.wav", 0.7, 22050, 6, {u"-c:a"_s, u"pcm_f32le"_s}, u"flt"_s, 32},
     };
     for (const auto& tone : tones) {
         const QString path = folder.filePath(QString::fromUtf8(tone.name));
@@ -96,7 +96,7 @@ TEST(MediaTestTools, TonesHaveExactPeaksAndProbesReadWhatWasWritten)
         EXPECT_EQ(audio.channels, tone.channels) << tone.name;
         EXPECT_EQ(audio.sampleRate, tone.rate) << tone.name;
         EXPECT_EQ(audio.sampleFormat, tone.sampleFormat) << tone.name;
-        EXPECT_EQ(std::max(audio.bitsPerRawSample, 0), tone.bits) << tone.name;
+        EXPECT_EQ(audio.bitDepth(), tone.bits) << tone.name;
         EXPECT_NEAR(media.duration, 1.5, 0.01) << tone.name;
     }
 

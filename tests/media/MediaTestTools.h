@@ -38,6 +38,9 @@ struct ProbedStream {
     double duration = -1;  // seconds; -1 when unknown
     QMap<QString, QString> tags;  // keys lower-cased
     bool attachedPicture = false;  // a cover picture, not a video
+
+    // Bits per sample as stored: FLAC and lossy codecs give the raw depth, PCM the sample size.
+    int bitDepth() const { return bitsPerRawSample > 0 ? bitsPerRawSample : bitsPerSample; }
 };
 
 struct ProbedMedia {
