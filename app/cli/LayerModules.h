@@ -21,8 +21,10 @@ QString entryIdOfRun(const QStringList& arguments);
 // into the command line (the documents layer):
 // - a run that this catalog serves in full loads none;
 // - a run of an audio or video entry ("media.", "video.", "audio.") loads the media module,
-//   and the imaging module after it only if the run still isn't served (`loadRest`);
-// - anything else (listing, help, other runs) loads them all.
+//   any other run the imaging module; the other one follows only if the run still isn't
+//   served (addLayerOperationsFor);
+// - `ops FILE...` loads the media module for sound and movies, imaging for everything else;
+// - anything else (`ops --all`, help) loads them all.
 QList<LayerModule> modulesToLoadFirst(const QStringList& arguments, const OperationCatalog& catalog);
 
 // Adds one module's entries to `catalog`. Returns false, having said why on stderr, when the

@@ -325,18 +325,19 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
         {{u"ring"_s}, 2, false, false, false},  // a usage error, answered without the command line's module
         {{u"--help"_s}, 0, true, false},
         {{u"ops"_s, u"--all"_s}, 0, true, false},
-        {{u"ops"_s, talk}, 0, true, false},
+        {{u"ops"_s, talk}, 0, true, false, false},
         // Entries of the documents layer run without loading the imaging or media modules at all.
         {{u"run"_s, u"subtitle.vtt"_s, talk}, 0, false, false, false},
         // Which formats can be written is probed once, then known from the cache.
-        {{u"ops"_s, photo}, 0, true, true},
-        {{u"ops"_s, photo}, 0, true, false},
-        {{u"run"_s, u"image.jpg"_s, photo}, 0, true, true},
+        {{u"ops"_s, photo}, 0, true, true, false},
+        {{u"ops"_s, photo}, 0, true, false, false},
+        {{u"run"_s, u"image.jpg"_s, photo}, 0, true, true, false},
         // PDF page tools work on the document's structure, never its pixels; a password given
         // as an option is taken as it is, without a second typing.
-        {{u"run"_s, u"pdf.split"_s, report}, 0, true, false},
-        {{u"run"_s, u"pdf.password"_s, u"--password"_s, u"pw 1"_s, report}, 0, true, false},
-        // Audio and video entries run with the media module alone.
+        {{u"run"_s, u"pdf.split"_s, report}, 0, true, false, false},
+        {{u"run"_s, u"pdf.password"_s, u"--password"_s, u"pw 1"_s, report}, 0, true, false, false},
+        // Sound and movies are listed and run with the media module alone.
+        {{u"ops"_s, clip}, 0, false, false, true},
         {{u"run"_s, u"video.extractAudio"_s, clip}, 0, false, false, true},
         // A run named like an audio entry that the media module doesn't serve looks everywhere
         // before it says there is no such entry.
@@ -361,7 +362,8 @@ TEST_F(CommandLineTest, OnlyCommandsThatWorkOnPicturesStartLibvips)
 }
 
 // Which layer modules a command loads first, beyond the documents layer linked in: none for a
-// run that layer serves, the media module alone for an audio or video entry, all otherwise.
+// run that layer serves, the media module for an audio or video entry or file, imaging for
+// other runs and files, all for listings of everything and help.
 TEST(LayerModules, EachCommandLoadsOnlyTheModulesItNeeds)
 {
     OperationCatalog documents;
@@ -381,9 +383,14 @@ TEST(LayerModules, EachCommandLoadsOnlyTheModulesItNeeds)
         {{u"run"_s, u"--codec=hevc"_s, u"video.mute"_s, u"a.mov"_s}, u"video.mute"_s, {media}},
         {{u"run"_s, u"--"_s, u"video.gif"_s, u"a.mov"_s}, u"video.gif"_s, {media}},
         // A file named like an entry is not the entry.
-        {{u"run"_s, u"image.jpg"_s, u"audio.png"_s}, u"image.jpg"_s, {imaging, media}},
-        {{u"run"_s, u"subtitle.vtt"_s, u"--unknown"_s, u"1"_s, u"a.srt"_s}, u"subtitle.vtt"_s, {imaging, media}},
-        {{u"ops"_s, u"a.mp3"_s}, {}, {imaging, media}},
+        {{u"run"_s, u"image.jpg"_s, u"audio.png"_s}, u"image.jpg"_s, {imaging}},
+        {{u"run"_s, u"subtitle.vtt"_s, u"--unknown"_s, u"1"_s, u"a.srt"_s}, u"subtitle.vtt"_s, {imaging}},
+        // Entries for files come from the layers of their types.
+        {{u"ops"_s, u"a.mp3"_s, u"b.mkv"_s}, {}, {media}},
+        {{u"ops"_s, u"--json"_s, u"a.png"_s, u"b.pdf"_s}, {}, {imaging}},
+        {{u"ops"_s, u"a.png"_s, u"b.mov"_s}, {}, {imaging, media}},
+        {{u"ops"_s, u"notes.txt"_s}, {}, {imaging}},
+        {{u"ops"_s, u"--all"_s}, {}, {imaging, media}},
         {{u"help"_s, u"media.mp4"_s}, {}, {imaging, media}},
         {{}, {}, {imaging, media}},
     };
