@@ -52,6 +52,10 @@ void render(AudioTrack& track, float gain, AudioResult& result, const OperationC
             toFloat->push(&frame, decoded, amplify);
         },
         [&](double fraction) { context.progress(analysisShare + fraction * (1 - analysisShare)); });
+    // The analysis found sound, so the same track decodes again; a file that changed in
+    // between gives nothing to finish.
+    if (!toFloat)
+        throw cantReadMedia();
     toFloat->push(nullptr, {}, amplify);
 }
 
