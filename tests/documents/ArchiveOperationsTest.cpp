@@ -161,10 +161,8 @@ TEST_F(ArchiveOperationsTest, BadArchivesLeaveNothingBehindAndSayWhy)
         const char* message;
     };
     const Case cases[] = {
-        {"fake.zip", "Not a ZIP archive"},
-        {"bad.zip", "Damaged ZIP archive"},
-        {"locked.zip", "Encrypted ZIP archives aren't supported"},
-        {"overlapping.zip", "Damaged ZIP archive"},
+        {"fake.zip", "Not a ZIP archive"}, {"bad.zip", "Damaged ZIP archive"},
+        {"locked.zip", "Encrypted ZIP archives aren't supported"}, {"overlapping.zip", "Damaged ZIP archive"},
     };
     const QStringList before = folderEntries(folder.path());
     for (const Case& broken : cases) {

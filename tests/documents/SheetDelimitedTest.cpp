@@ -1,3 +1,5 @@
+#include "SheetTestTools.h"
+
 #include "documents/sheets/DelimitedFile.h"
 #include "documents/sheets/DelimitedText.h"
 #include "documents/sheets/SheetLimits.h"
@@ -44,16 +46,6 @@ Rows rowsOfFile(const QString& path, std::optional<QChar> delimiter = std::nullo
     return rows;
 }
 
-QString errorOf(const std::function<void()>& action)
-{
-    try {
-        action();
-    } catch (const OperationError& error) {
-        return error.message();
-    }
-    return QStringLiteral("(no error)");
-}
-
 }  // namespace
 
 TEST(DelimitedParsing, SplitsFieldsTheWayWritersMeantThem)
@@ -64,8 +56,7 @@ TEST(DelimitedParsing, SplitsFieldsTheWayWritersMeantThem)
         Rows rows;
     } cases[] = {
         {u"a,b,c\n1,2,3\n", u',', {{u"a"_s, u"b"_s, u"c"_s}, {u"1"_s, u"2"_s, u"3"_s}}},
-        {u"a;b\r\n1,5;2\r\n", u';', {{u"a"_s, u"b"_s}, {u"1,5"_s, u"2"_s}}},
-        {u"a\tb\n", u'\t', {{u"a"_s, u"b"_s}}},
+        {u"a;b\r\n1,5;2\r\n", u';', {{u"a"_s, u"b"_s}, {u"1,5"_s, u"2"_s}}}, {u"a\tb\n", u'\t', {{u"a"_s, u"b"_s}}},
         {u"a|b", u'|', {{u"a"_s, u"b"_s}}},  // no line break at the end
         {u"\"x, y\",\"say \"\"hi\"\"\"\n", u',', {{u"x, y"_s, u"say \"hi\""_s}}},
         {u"\"two\nlines\",\"cr\r\nlf\"\nnext\n", u',', {{u"two\nlines"_s, u"cr\r\nlf"_s}, {u"next"_s}}},
@@ -96,11 +87,9 @@ TEST(DelimitedParsing, TheDelimiterIsFoundOutsideQuotes)
     } cases[] = {
         {u"name,age\nAnn,31\nBo,4\n", u','},
         {u"Name;Preis\nTee;1,50\nKaffee;2,20\n", u';'},           // decimal commas don't count against ';'
-        {u"a\tb\tc\n1\t2\t3\n", u'\t'},
-        {u"id|name\n1|x\n", u'|'},
+        {u"a\tb\tc\n1\t2\t3\n", u'\t'}, {u"id|name\n1|x\n", u'|'},
         {u"\"a;b;c\",d\n\"e;f;g\",h\n", u','},                   // semicolons only inside quotes
-        {u"\"multi\nline; text\",x\n\"y\",z\n", u','},
-        {u"one column\nonly\n", u','},
+        {u"\"multi\nline; text\",x\n\"y\",z\n", u','}, {u"one column\nonly\n", u','},
         {u"a,b;c;d\n1,2;3\n4,5;6\n", u','},                      // ',' agrees on every line, ';' doesn't
         {u"", u','},
     };
@@ -109,23 +98,19 @@ TEST(DelimitedParsing, TheDelimiterIsFoundOutsideQuotes)
             << QString::fromUtf16(testCase.head).toStdString();
 }
 
-TEST(DelimitedParsing, AFieldThatNeverEndsStopsAtItsLimitWithTheUnreadableMessage)
+// A field that never ends and a row of endless delimiters stop at their limits.
+TEST(DelimitedParsing, EndlessFieldsAndRowsStopAtTheirLimitsWithTheUnreadableMessage)
 {
-    DelimitedParser parser(u',', [](const QStringList&) {});
+    DelimitedParser field(u',', [](const QStringList&) {});
     const QString piece(1 << 20, u'x');
-    parser.feed(u"\"");
-    const QString message = errorOf([&] {
+    field.feed(u"\"");
+    EXPECT_EQ(errorMessageOf([&] {
         for (qsizetype fed = 0; fed <= sheet::longestDelimitedField; fed += piece.size())
-            parser.feed(piece);
-    });
-    EXPECT_EQ(message, u"This file isn't a readable table");
-}
-
-TEST(DelimitedParsing, ARowOfEndlessDelimitersStopsAtItsLimit)
-{
-    DelimitedParser parser(u',', [](const QStringList&) {});
-    const QString commas(sheet::mostDelimitedFields + 1, u',');
-    EXPECT_EQ(errorOf([&] { parser.feed(commas); }), u"This file isn't a readable table");
+            field.feed(piece);
+    }), u"This file isn't a readable table");
+    DelimitedParser row(u',', [](const QStringList&) {});
+    EXPECT_EQ(errorMessageOf([&] { row.feed(QString(sheet::mostDelimitedFields + 1, u',')); }),
+              u"This file isn't a readable table");
 }
 
 TEST(DelimitedWriting, QuotesOnlyWhatNeedsIt)
@@ -135,17 +120,10 @@ TEST(DelimitedWriting, QuotesOnlyWhatNeedsIt)
         QChar delimiter;
         const char16_t* written;
     } cases[] = {
-        {u"plain", u',', u"plain"},
-        {u"a,b", u',', u"\"a,b\""},
-        {u"a,b", u'\t', u"a,b"},
-        {u"tab\there", u'\t', u"\"tab\there\""},
-        {u"say \"hi\"", u',', u"\"say \"\"hi\"\"\""},
-        {u"two\nlines", u',', u"\"two\nlines\""},
-        {u"cr\rhere", u'\t', u"\"cr\rhere\""},
-        {u" lead", u',', u"\" lead\""},
-        {u"trail ", u',', u"\"trail \""},
-        {u"in side", u',', u"in side"},
-        {u"", u',', u""},
+        {u"plain", u',', u"plain"}, {u"a,b", u',', u"\"a,b\""}, {u"a,b", u'\t', u"a,b"},
+        {u"tab\there", u'\t', u"\"tab\there\""}, {u"say \"hi\"", u',', u"\"say \"\"hi\"\"\""},
+        {u"two\nlines", u',', u"\"two\nlines\""}, {u"cr\rhere", u'\t', u"\"cr\rhere\""}, {u" lead", u',', u"\" lead\""},
+        {u"trail ", u',', u"\"trail \""}, {u"in side", u',', u"in side"}, {u"", u',', u""},
         {u"Grüße, 東京", u',', u"\"Grüße, 東京\""},
     };
     for (const auto& testCase : cases)
@@ -182,8 +160,7 @@ TEST(DelimitedFiles, ReadUtf8WithOrWithoutMarkAndUtf16WithOne)
         const char* name;
         QByteArray bytes;
     } files[] = {
-        {"plain.csv", text.toUtf8()},
-        {"marked.csv", "\xEF\xBB\xBF" + text.toUtf8()},
+        {"plain.csv", text.toUtf8()}, {"marked.csv", "\xEF\xBB\xBF" + text.toUtf8()},
         {"utf16le.csv", "\xFF\xFE" + QByteArray(littleEndian.encode(text))},
         {"utf16be.csv", "\xFE\xFF" + QByteArray(bigEndian.encode(text))},
     };
@@ -199,10 +176,10 @@ TEST(DelimitedFiles, OtherEncodingsAndCutCharactersAreTold)
     QTemporaryDir folder;
     const QString latin1 = folder.filePath(u"latin1.csv"_s);
     writeFile(latin1, "caf\xE9,1\n");
-    EXPECT_EQ(errorOf([&] { rowsOfFile(latin1); }), u"This table isn't UTF-8 text");
+    EXPECT_EQ(errorMessageOf([&] { rowsOfFile(latin1); }), u"This table isn't UTF-8 text");
     const QString cut = folder.filePath(u"cut.csv"_s);
     writeFile(cut, "a,\xE2\x82");  // the euro sign's first two bytes, then the end
-    EXPECT_EQ(errorOf([&] { rowsOfFile(cut); }), u"This table isn't UTF-8 text");
+    EXPECT_EQ(errorMessageOf([&] { rowsOfFile(cut); }), u"This table isn't UTF-8 text");
 }
 
 TEST(DelimitedFiles, PiecesOfTheFileJoinInsideCharactersAndQuotes)

@@ -2,24 +2,39 @@
 
 #include "operations/OperationError.h"
 
-#include <QProcess>
-#include <QStandardPaths>
+#include <QJsonArray>
+#include <QJsonDocument>
 
 namespace wendrel::test {
 
-bool hasPython() { return !QStandardPaths::findExecutable(QStringLiteral("python3")).isEmpty(); }
+namespace {
 
-ToolRun runPython(const QString& script, const QStringList& arguments)
+const QString pythonXlsxCells = QStringLiteral(R"(
+import json, sys, zipfile, xml.etree.ElementTree as ET
+m = "{http://schemas.openxmlformats.org/spreadsheetml/2006/main}"
+package = zipfile.ZipFile(sys.argv[1])
+assert package.testzip() is None
+strings_root = ET.fromstring(package.read("xl/sharedStrings.xml"))
+strings = ["".join(t.text or "" for t in si.iter(m + "t")) for si in strings_root.findall(m + "si")]
+print(json.dumps(["strings", strings_root.get("count"), strings_root.get("uniqueCount"), len(strings)]))
+styles = ET.fromstring(package.read("xl/styles.xml"))
+formats = {f.get("numFmtId"): f.get("formatCode") for f in styles.iter(m + "numFmt")}
+cell_formats = [xf.get("numFmtId") for xf in styles.find(m + "cellXfs")]
+for c in ET.fromstring(package.read("xl/worksheets/sheet1.xml")).iter(m + "c"):
+    kind, value = c.get("t", "n"), c.find(m + "v").text
+    if kind == "s":
+        value = strings[int(value)]
+    print(json.dumps([c.get("r"), kind, formats.get(cell_formats[int(c.get("s", "0"))], ""), value], ensure_ascii=False))
+)");
+
+}  // namespace
+
+QStringList xlsxCellsByPython(const QString& path)
 {
-    QProcess python;
-    python.start(QStringLiteral("python3"), QStringList{QStringLiteral("-c"), script} + arguments);
-    if (!python.waitForFinished(120'000)) {
-        python.kill();
-        python.waitForFinished();
-        return {};
-    }
-    return {python.exitCode(), QString::fromUtf8(python.readAllStandardOutput()),
-            QString::fromUtf8(python.readAllStandardError())};
+    const ToolRun run = runPython(pythonXlsxCells, {path});
+    if (run.exitCode != 0)
+        return {QStringLiteral("python failed: ") + run.errors};
+    return run.output.split(u'\n', Qt::SkipEmptyParts);
 }
 
 QStringList rowsAsText(const std::function<void(const std::function<void(const SheetRow&)>&)>& read)
@@ -43,13 +58,6 @@ QString errorMessageOf(const std::function<void()>& action)
     }
     return QStringLiteral("(no error)");
 }
-
-}  // namespace wendrel::test
-
-#include <QJsonArray>
-#include <QJsonDocument>
-
-namespace wendrel::test {
 
 bool writeZipWithPython(const QString& path, const QList<std::pair<QString, QString>>& parts)
 {

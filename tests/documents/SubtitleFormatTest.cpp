@@ -70,8 +70,7 @@ TEST(SubtitleParsing, CuesAreReadFromEitherFormatAndBrokenBlocksSkipped)
          "5\n00:00:05,000 --> 00:00:06,000\nkept\n",
          {{5.0, 6.0, u"kept"_s}}},
         {"a cue without text is kept, empty", "00:00:01.000 --> 00:00:02.000\n", {{1, 2, QString()}}},
-        {"nothing at all", "", {}},
-        {"only a note", "WEBVTT\n\nNOTE only a note\n", {}},
+        {"nothing at all", "", {}}, {"only a note", "WEBVTT\n\nNOTE only a note\n", {}},
         {"no time line", "hello world", {}},
     };
     for (const auto& row : rows)

@@ -4,10 +4,9 @@
 #include "operations/OperationCatalog.h"
 #include "support/JobHarness.h"
 #include "support/TestEnvironment.h"
+#include "support/ToolRun.h"
 
 #include <QFileInfo>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -26,11 +25,11 @@ const QByteArray talkSrt =
 // Cue start times as FFmpeg's subtitle demuxers read them: an independent reader of both formats.
 QStringList cueStartsByFfprobe(const QString& path)
 {
-    QProcess probe;
-    probe.start(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-show_entries"_s, u"packet=pts_time"_s, u"-of"_s, u"csv=p=0"_s, path});
-    if (!probe.waitForFinished(30'000) || probe.exitCode() != 0)
-        return {QStringLiteral("ffprobe failed: ") + QString::fromUtf8(probe.readAllStandardError())};
-    return QString::fromUtf8(probe.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    const ToolRun probe = runTool(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-show_entries"_s, u"packet=pts_time"_s, u"-of"_s,
+                                                 u"csv=p=0"_s, path});
+    if (probe.exitCode != 0)
+        return {QStringLiteral("ffprobe failed: ") + probe.errors};
+    return probe.output.split(u'\n', Qt::SkipEmptyParts);
 }
 
 class SubtitleOperationsTest : public ::testing::Test {
@@ -89,7 +88,7 @@ TEST_F(SubtitleOperationsTest, EachTargetWritesBesideTheOriginal)
 
 TEST_F(SubtitleOperationsTest, OutputsReadBackInAnIndependentReader)
 {
-    if (QStandardPaths::findExecutable(QStringLiteral("ffprobe")).isEmpty())
+    if (!toolExists(u"ffprobe"_s))
         GTEST_SKIP() << "ffprobe is not installed";
     const QStringList expected{QStringLiteral("2.150000"), QStringLiteral("6.197000"), QStringLiteral("70.766000")};
     const JobReport vtt = run("subtitle.vtt", {source});
@@ -111,8 +110,7 @@ TEST_F(SubtitleOperationsTest, BadInputsGiveClearMessagesAndWriteNothing)
     };
     const Case cases[] = {
         {"latin1.srt", "1\n00:00:01,000 --> 00:00:02,000\nCaf\xe9\n", "“latin1.srt” isn't UTF-8 text"},
-        {"empty.srt", "", "No subtitles found"},
-        {"notes.vtt", "WEBVTT\n\nNOTE nothing here\n", "No subtitles found"},
+        {"empty.srt", "", "No subtitles found"}, {"notes.vtt", "WEBVTT\n\nNOTE nothing here\n", "No subtitles found"},
         {"binary.srt", QByteArray("\x00\x01\x02\xff\xfe", 5), "“binary.srt” isn't UTF-8 text"},
     };
     for (const Case& bad : cases) {

@@ -1,50 +1,21 @@
 #include "ZipTestTools.h"
 
-#include "documents/zip/ZipReader.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QRandomGenerator>
 
 namespace wendrel::test {
-
-ToolRun runTool(const QString& program, const QStringList& arguments,
-                const QString& workingDirectory)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    if (!workingDirectory.isEmpty())
-        process.setWorkingDirectory(workingDirectory);
-    process.start(program, arguments);
-    if (!process.waitForStarted(10'000))
-        return {-1, program + QStringLiteral(" could not be started")};
-    process.closeWriteChannel();
-    process.waitForFinished(120'000);
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAll())};
-}
-
-ToolRun runPython(const QString& script, const QStringList& arguments,
-                  const QString& workingDirectory)
-{
-    // The system's interpreter: a version manager's shims need the real home folder, which
-    // the tests replace.
-    const QString python = QFileInfo::exists(QStringLiteral("/usr/bin/python3"))
-                               ? QStringLiteral("/usr/bin/python3")
-                               : QStringLiteral("python3");
-    return runTool(python, QStringList{QStringLiteral("-c"), script} + arguments, workingDirectory);
-}
 
 QStringList independentCheckFailures(const QString& archive)
 {
     QStringList failures;
     const auto check = [&](const QString& name, const ToolRun& run) {
         if (run.exitCode != 0)
-            failures.append(name + QStringLiteral(": ") + run.output);
+            failures.append(name + QStringLiteral(": ") + run.output + run.errors);
     };
     check(QStringLiteral("unzip -t"), runTool(QStringLiteral("unzip"), {QStringLiteral("-tq"), archive}));
     check(QStringLiteral("zipinfo"), runTool(QStringLiteral("zipinfo"), {archive}));
@@ -95,18 +66,6 @@ void makeSampleTree(const QString& folder)
     // Text, noise, text: pieces deflated and pieces kept in stored blocks, joined in one stream.
     writeFile(folder + QStringLiteral("/mixed.bin"),
               text.left(1500 * 1024) + noise.left(1500 * 1024) + text.right(1024 * 1024));
-}
-
-QStringList entryNames(const QString& archive)
-{
-    QFile file(archive);
-    if (!file.open(QIODevice::ReadOnly))
-        throw std::runtime_error("can't read test archive " + archive.toStdString());
-    const ZipReader reader(file);
-    QStringList names;
-    for (const ZipReader::Entry& entry : reader.entries())
-        names.append(entry.path);
-    return names;
 }
 
 void writeArchive(const QString& path, const std::function<void(ZipWriter&)>& fill,

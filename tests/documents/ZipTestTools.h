@@ -1,6 +1,7 @@
 #pragma once
 
 #include "documents/zip/ZipWriter.h"
+#include "support/ToolRun.h"
 
 #include <QByteArray>
 #include <QMap>
@@ -11,21 +12,8 @@
 #include <initializer_list>
 #include <utility>
 
-// Helpers shared by the ZIP tests: the independent tools that judge our archives and make
-// others', and a reader of little-endian fields that owes nothing to the code under test.
+// Helpers shared by the ZIP tests: the independent tools that judge our archives, and a reader of little-endian fields that owes nothing to the code under test.
 namespace wendrel::test {
-
-struct ToolRun {
-    int exitCode = -1;  // -1 when the tool could not be started
-    QString output;     // standard output and error together
-};
-
-ToolRun runTool(const QString& program, const QStringList& arguments,
-                const QString& workingDirectory = {});
-
-// Runs a Python 3 script with sys.argv[1:] = arguments.
-ToolRun runPython(const QString& script, const QStringList& arguments = {},
-                  const QString& workingDirectory = {});
 
 // What unzip -t, zipinfo, 7z t and Python's zipfile testzip() say against the archive; empty
 // when every one of them accepts it.
@@ -38,9 +26,6 @@ QMap<QString, QByteArray> treeContents(const QString& folder);
 // A folder of the kinds of files people pack: text, an empty file, a non-ASCII name, nesting,
 // a hidden file, and inputs of a few megabytes that compress, don't, and do in parts.
 void makeSampleTree(const QString& folder);
-
-// The entry names ZipReader lists, in the central directory's order.
-QStringList entryNames(const QString& archive);
 
 // Writes an archive through ZipWriter into `path`, filled by `fill`.
 void writeArchive(const QString& path, const std::function<void(ZipWriter&)>& fill,

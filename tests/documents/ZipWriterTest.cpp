@@ -83,8 +83,7 @@ TEST_F(ZipWriterTest, HeadersHoldExactlyTheFieldsOfAnOrdinaryArchive)
         quint32 attributes;
     };
     const Expected entries[] = {
-        {"mimetype", 0, epubMime, 0x81A40000},
-        {"OEBPS/", 0, {}, 0x41ED0010},
+        {"mimetype", 0, epubMime, 0x81A40000}, {"OEBPS/", 0, {}, 0x41ED0010},
         {"OEBPS/chapter.xhtml", 8, text, 0x81A40000},
     };
 
@@ -159,22 +158,13 @@ TEST(ZipFolderPlan, FoldersComeFirstThenTheirChildrenByNameWithoutHiddenItemsOrL
     const auto other = [](Kind kind) { return ItemFacts{.kind = kind, .identity = {}, .size = 0, .modified = {}}; };
     // A tree described by paths; the planner sees disks only through FolderView.
     const QMap<QByteArray, ItemFacts> tree{
-        {"/T", folder(1)},
-        {"/T/b", file(1)},
-        {"/T/a", file(2)},
-        {"/T/B", file(3)},
-        {"/T/.hidden", file(4)},
+        {"/T", folder(1)}, {"/T/b", file(1)}, {"/T/a", file(2)}, {"/T/B", file(3)}, {"/T/.hidden", file(4)},
         {"/T/Caf\xe9", file(5)},                                // no UTF-8: the bytes stay
-        {"/T/sub", folder(2)},
-        {"/T/sub/c", file(6)},
+        {"/T/sub", folder(2)}, {"/T/sub/c", file(6)},
         {"/T/sub/up", folder(1)},                               // a link back up: not followed
         {"/T/twin", folder(2)},                                 // a link across: followed
-        {"/T/twin/c", file(6)},
-        {"/T/socket", other(Kind::other)},
-        {"/T/broken", other(Kind::missing)},
-        {"/pipe", other(Kind::other)},
-        {"/Locked", folder(3)},
-        {"/Locked/closed", folder(4, false)},
+        {"/T/twin/c", file(6)}, {"/T/socket", other(Kind::other)}, {"/T/broken", other(Kind::missing)},
+        {"/pipe", other(Kind::other)}, {"/Locked", folder(3)}, {"/Locked/closed", folder(4, false)},
         {"/one.txt", file(7)},
     };
     const FolderView view{

@@ -15,10 +15,13 @@ QString ToolOutcome::describe(const QString& program, const QStringList& argumen
 }
 
 ToolOutcome runExternalTool(const QString& program, const QStringList& arguments,
-                            std::chrono::milliseconds deadline, const QByteArray& input)
+                            std::chrono::milliseconds deadline, const QByteArray& input,
+                            const QString& workingDirectory)
 {
     ToolOutcome outcome;
     QProcess process;
+    if (!workingDirectory.isEmpty())
+        process.setWorkingDirectory(workingDirectory);
     process.start(program, arguments);
     outcome.started = process.waitForStarted();
     if (!outcome.started)

@@ -22,10 +22,11 @@ struct ToolOutcome {
     QString describe(const QString& program, const QStringList& arguments) const;
 };
 
-// Runs `program` with `input` on its standard input and waits for its end, at most `deadline`
-// (it is killed then). Standard output and error are kept apart: output may be binary.
+// Runs `program` with `input` on its standard input, in `workingDirectory` when one is given,
+// and waits for its end, at most `deadline` (it is killed then). Standard output and error are
+// kept apart: output may be binary.
 ToolOutcome runExternalTool(const QString& program, const QStringList& arguments,
                             std::chrono::milliseconds deadline = std::chrono::minutes(2),
-                            const QByteArray& input = {});
+                            const QByteArray& input = {}, const QString& workingDirectory = {});
 
 }  // namespace wendrel::test

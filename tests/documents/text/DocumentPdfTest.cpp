@@ -1,10 +1,10 @@
-#include "ConverterTools.h"
 #include "DocumentSamples.h"
 
 #include "documents/pdfout/DocumentPdfWriter.h"
 #include "documents/pdfout/PaperSize.h"
 #include "operations/OperationError.h"
 #include "support/TestEnvironment.h"
+#include "support/ToolRun.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -58,15 +58,15 @@ TEST(PaperSizeTest, LetterOnlyForTheNorthAmericanSize)
         EXPECT_EQ(document::paperForMillimetres(c.width, c.height), c.paper) << c.width << "x" << c.height;
 }
 
-TEST_F(DocumentPdfTest, SampleIsAValidPdfWithTextFontsPictureLinkAndTitle)
+TEST_F(DocumentPdfTest, SampleIsAValidPdfWithTextFontsPictureLinkTitleAndPaper)
 {
     const auto sample = richSampleDocument();
     const QString pdf = path(QStringLiteral("sample.pdf"));
     document::writeDocumentPdf(*sample, pdf, QStringLiteral("Quarterly Report Ü"));
 
-    EXPECT_EQ(runToolForResult(QStringLiteral("qpdf"), {QStringLiteral("--check"), pdf}).exitCode, 0);
+    EXPECT_EQ(runTool(QStringLiteral("qpdf"), {QStringLiteral("--check"), pdf}).exitCode, 0);
 
-    const QString text = runTool(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")}).simplified();
+    const QString text = toolOutput(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")}).simplified();
     for (const char* expected : {"Quarterly Report", "Plain, bold, italic, underlined, struck, code, a link",
                                  "Ünïcödé — 日本語 <tags> & {braces} \\ back", "First Second", "1. Sub one",
                                  "Text with, comma", "\"quoted\"", "A picture:", "and a line", "break."}) {
@@ -74,7 +74,7 @@ TEST_F(DocumentPdfTest, SampleIsAValidPdfWithTextFontsPictureLinkAndTitle)
     }
 
     // Every font embedded: pdffonts' "emb" column says "yes" on each font line.
-    const QStringList fonts = runTool(QStringLiteral("pdffonts"), {pdf}).split(u'\n', Qt::SkipEmptyParts).mid(2);
+    const QStringList fonts = toolOutput(QStringLiteral("pdffonts"), {pdf}).split(u'\n', Qt::SkipEmptyParts).mid(2);
     ASSERT_FALSE(fonts.isEmpty());
     for (const QString& font : fonts) {
         const QStringList columns = font.split(u' ', Qt::SkipEmptyParts);
@@ -83,12 +83,19 @@ TEST_F(DocumentPdfTest, SampleIsAValidPdfWithTextFontsPictureLinkAndTitle)
     }
     EXPECT_TRUE(fonts.join(u'\n').contains(QStringLiteral("DejaVuSans")));
 
-    const QString info = runTool(QStringLiteral("pdfinfo"), {pdf});
+    const QString info = toolOutput(QStringLiteral("pdfinfo"), {pdf});
     EXPECT_EQ(pdfInfoValue(info, QStringLiteral("Title")), QStringLiteral("Quarterly Report Ü"));
     EXPECT_EQ(pdfInfoValue(info, QStringLiteral("Pages")), QStringLiteral("1"));
+    // The locale's paper: A4 in the C locale (the tests' own) and everywhere but North America.
+    EXPECT_EQ(pdfInfoValue(info, QStringLiteral("Page size")), document::defaultPaper() == QPageSize::Letter
+                                                                  ? QStringLiteral("612 x 792 pts (letter)")
+                                                                  : QStringLiteral("595 x 842 pts (A4)"));
+    if (qEnvironmentVariableIsEmpty("LC_ALL") && qEnvironmentVariableIsEmpty("LC_PAPER") && qEnvironmentVariableIsEmpty("LANG")) {
+        EXPECT_EQ(document::defaultPaper(), QPageSize::A4);
+    }
 
     // The picture, drawn at its size in points: 40 pixels across 30 points are 96 per inch.
-    const QStringList images = runTool(QStringLiteral("pdfimages"), {QStringLiteral("-list"), pdf})
+    const QStringList images = toolOutput(QStringLiteral("pdfimages"), {QStringLiteral("-list"), pdf})
                                    .split(u'\n', Qt::SkipEmptyParts).mid(2);
     ASSERT_EQ(images.size(), 1);
     const QStringList imageColumns = images[0].split(u' ', Qt::SkipEmptyParts);
@@ -97,20 +104,6 @@ TEST_F(DocumentPdfTest, SampleIsAValidPdfWithTextFontsPictureLinkAndTitle)
     EXPECT_EQ(imageColumns[12], QStringLiteral("96"));
 
     EXPECT_TRUE(readFile(pdf).contains("/URI (https://example.org/a?b=1&c=2)"));
-}
-
-// A4 in the C locale (the tests' own), A4 by default everywhere but North America.
-TEST_F(DocumentPdfTest, PageSizeIsTheLocalePaper)
-{
-    const auto sample = richSampleDocument();
-    const QString pdf = path(QStringLiteral("paper.pdf"));
-    document::writeDocumentPdf(*sample, pdf, QString());
-    const QString expected = document::defaultPaper() == QPageSize::Letter ? QStringLiteral("612 x 792 pts (letter)")
-                                                                           : QStringLiteral("595 x 842 pts (A4)");
-    EXPECT_EQ(pdfInfoValue(runTool(QStringLiteral("pdfinfo"), {pdf}), QStringLiteral("Page size")), expected);
-    if (qEnvironmentVariableIsEmpty("LC_ALL") && qEnvironmentVariableIsEmpty("LC_PAPER") && qEnvironmentVariableIsEmpty("LANG")) {
-        EXPECT_EQ(document::defaultPaper(), QPageSize::A4);
-    }
 }
 
 QStringList g_warnings;
@@ -141,9 +134,9 @@ TEST_F(DocumentPdfTest, ManyPagesOnAJobThread)
     qInstallMessageHandler(previous);
     EXPECT_EQ(g_warnings, QStringList());
 
-    const int pages = pdfInfoValue(runTool(QStringLiteral("pdfinfo"), {pdf}), QStringLiteral("Pages")).toInt();
+    const int pages = pdfInfoValue(toolOutput(QStringLiteral("pdfinfo"), {pdf}), QStringLiteral("Pages")).toInt();
     EXPECT_GT(pages, 10);
-    const QString lastPage = runTool(QStringLiteral("pdftotext"), {QStringLiteral("-f"), QString::number(pages),
+    const QString lastPage = toolOutput(QStringLiteral("pdftotext"), {QStringLiteral("-f"), QString::number(pages),
                                                                     QStringLiteral("-l"), QString::number(pages), pdf,
                                                                     QStringLiteral("-")});
     EXPECT_TRUE(lastPage.contains(QStringLiteral("Paragraph 400 of")));

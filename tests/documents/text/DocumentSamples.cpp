@@ -5,6 +5,8 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <QTextBlock>
+#include <QTextImageFormat>
 #include <QStringList>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -174,6 +176,20 @@ std::unique_ptr<QTextDocument> richSampleDocument()
     cursor.insertImage(document::addPicture(doc, samplePng(), 30, 15));
     cursor.insertText(QStringLiteral(" and a line") + QChar(QChar::LineSeparator) + QStringLiteral("break."));
     return result;
+}
+
+QList<QSizeF> pictureSizes(const QTextDocument& document)
+{
+    QList<QSizeF> sizes;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            if (it.fragment().charFormat().isImageFormat()) {
+                const QTextImageFormat image = it.fragment().charFormat().toImageFormat();
+                sizes.append(QSizeF(image.width(), image.height()));
+            }
+        }
+    }
+    return sizes;
 }
 
 QString structureOf(const QTextDocument& document, bool withStyles)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
+#include <QSizeF>
 #include <QString>
 
 #include <memory>
@@ -23,5 +25,8 @@ QByteArray samplePng();
 // sizes or colours). `withStyles` false leaves inline styles and links out, for formats that
 // can't carry them.
 QString structureOf(const QTextDocument& document, bool withStyles = true);
+
+// The size in points each picture is shown at, in the document's order.
+QList<QSizeF> pictureSizes(const QTextDocument& document);
 
 }  // namespace wendrel::test

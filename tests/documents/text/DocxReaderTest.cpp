@@ -1,10 +1,9 @@
 #include "DocumentSamples.h"
 #include "DocxTestPackages.h"
+#include "support/TestEnvironment.h"
 
 #include <QTemporaryDir>
 #include <QTextDocument>
-#include <QTextFrame>
-#include <QTextTable>
 
 #include <gtest/gtest.h>
 
@@ -178,7 +177,7 @@ protected:
 TEST_P(DocxReaderTest, ReadsWhatOtherWritersWrite)
 {
     const QString path = folder.filePath(QStringLiteral("in.docx"));
-    writeBytes(path, docxPackage({{QStringLiteral("word/document.xml"), documentXml(GetParam().body)},
+    writeFile(path, docxPackage({{QStringLiteral("word/document.xml"), documentXml(GetParam().body)},
                                   {QStringLiteral("word/styles.xml"), styles},
                                   {QStringLiteral("word/numbering.xml"), numbering},
                                   {QStringLiteral("word/_rels/document.xml.rels"), relationships},
@@ -195,21 +194,12 @@ TEST(DocxReaderSizes, DrawingExtentAndVmlStyleGivePoints)
 {
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("in.docx"));
-    writeBytes(path, docxPackage({{QStringLiteral("word/document.xml"), documentXml(readerCases[7].body)},
+    writeFile(path, docxPackage({{QStringLiteral("word/document.xml"), documentXml(readerCases[7].body)},
                                   {QStringLiteral("word/_rels/document.xml.rels"), relationships},
                                   {QStringLiteral("word/media/red box.png"), samplePng()}}));
     const ReadResult read = readDocxFile(path);
     ASSERT_TRUE(read.document) << read.error.toStdString();
-    QList<QSizeF> sizes;
-    for (QTextBlock block = read.document->begin(); block.isValid(); block = block.next()) {
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            if (it.fragment().charFormat().isImageFormat()) {
-                const QTextImageFormat image = it.fragment().charFormat().toImageFormat();
-                sizes.append(QSizeF(image.width(), image.height()));
-            }
-        }
-    }
-    EXPECT_EQ(sizes, (QList<QSizeF>{{30, 15}, {36, 15}}));
+    EXPECT_EQ(pictureSizes(*read.document), (QList<QSizeF>{{30, 15}, {36, 15}}));
 }
 
 }  // namespace

@@ -7,10 +7,7 @@
 
 #include <QBuffer>
 #include <QDateTime>
-#include <QFile>
 #include <QTextDocument>
-
-#include <gtest/gtest.h>
 
 namespace wendrel::test {
 
@@ -50,13 +47,6 @@ QByteArray documentXml(const QString& body)
                            R"(<w:body>)")
             + body + QStringLiteral("</w:body></w:document>"))
         .toUtf8();
-}
-
-void writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
-    ASSERT_EQ(file.write(bytes), bytes.size());
 }
 
 QByteArray docxBytes(const QTextDocument& document)

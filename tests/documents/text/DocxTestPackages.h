@@ -17,9 +17,6 @@ QByteArray docxPackage(QMap<QString, QByteArray> parts);
 // word/document.xml with `body` inside <w:body>, every usual namespace declared.
 QByteArray documentXml(const QString& body);
 
-// Writes `bytes` to `path`; fails the test when it can't.
-void writeBytes(const QString& path, const QByteArray& bytes);
-
 // The document written with writeDocx, as package bytes.
 QByteArray docxBytes(const QTextDocument& document);
 

@@ -55,40 +55,21 @@ QString inlineByPatterns(QString text)
 
 }  // namespace
 
+// The rules' order, shown on the cases where it matters; the random test below holds the
+// converter to the rules everywhere else.
 TEST(MarkdownToHtmlTest, InlineRulesInTheirOrder)
 {
     const Case cases[] = {
-        {"a & b < c > d \"q\"", "a &amp; b &lt; c &gt; d \"q\""},
-        {"`x`", "<code>x</code>"},
-        {"``", "``"},
-        {"`<b>`", "<code>&lt;b&gt;</code>"},
-        {"![alt](p.png)", "<img alt=\"alt\" src=\"p.png\">"},
-        {"![](p.png)", "<img alt=\"\" src=\"p.png\">"},
-        {"[t](u)", "<a href=\"u\">t</a>"},
-        {"[](u)", "[](u)"},
-        {"[t]()", "[t]()"},
+        {"a & b < c > d \"q\"", "a &amp; b &lt; c &gt; d \"q\""}, {"`<b>`", "<code>&lt;b&gt;</code>"},
         {"[a](x) and ![b](y)", "<a href=\"x\">a</a> and <img alt=\"b\" src=\"y\">"},
         {"[link](http://a.b/?x=1&y=2)", "<a href=\"http://a.b/?x=1&amp;y=2\">link</a>"},
-        {"[*x*](u)", "<a href=\"u\"><em>x</em></a>"},
-        {"**b**", "<strong>b</strong>"},
-        {"__b__", "<strong>b</strong>"},
-        {"*e*", "<em>e</em>"},
-        {"_e_", "<em>e</em>"},
-        {"~~d~~", "<del>d</del>"},
-        {"~d~", "~d~"},
         {"***bi***", "<em><strong>bi</strong></em>"},
         // A flat sequence: the code span is not protected from the emphasis rule after it.
         {"__`a*b*c`__", "<strong><code>a<em>b</em>c</code></strong>"},
         // Asterisk bold can't hold the code span's asterisks: its content excludes them.
         {"**`a*b*c`**", "*<em><code>a</em>b<em>c</code></em>*"},
-        {"2 * 3 * 4", "2 <em> 3 </em> 4"},
         // Underscores inside a word stay; around a word with blanks they emphasise.
-        {"a_b_c", "a_b_c"},
-        {"x _e_ y", "x <em>e</em> y"},
-        {"(_e_)", "(<em>e</em>)"},
-        {"é_x_", "é_x_"},
-        {"**open", "**open"},
-        {"plain text", "plain text"},
+        {"a_b_c", "a_b_c"}, {"x _e_ y ~~d~~ ~d~", "x <em>e</em> y <del>d</del> ~d~"}, {"é_x_", "é_x_"},
     };
     for (const auto& [input, expected] : cases)
         EXPECT_EQ(inlineMarkdown(QString::fromUtf8(input)), QString::fromUtf8(expected)) << input;
@@ -112,33 +93,19 @@ TEST(MarkdownToHtmlTest, InlineRulesAgreeWithTheirPatternsOnRandomText)
 TEST(MarkdownToHtmlTest, BlockRules)
 {
     const Case cases[] = {
-        {"", ""},
-        {"\n\n", ""},
-        {"Hello\nworld", "<p>Hello world</p>"},
-        {"a\n\nb", "<p>a</p>\n<p>b</p>"},
-        {"a\r\nb\r\n\r\nc", "<p>a b</p>\n<p>c</p>"},
-        {"  indented \t", "<p>indented</p>"},
-        {" \t \nx", "<p>x</p>"},
-        {"# Title", "<h1>Title</h1>"},
-        {"###   Spaced *out*  ", "<h3>Spaced <em>out</em></h3>"},
-        {"####### Seven", "<h7>Seven</h7>"},
-        {"#Tag", "<p>#Tag</p>"},
-        {"#", "<p>#</p>"},
-        {"para\n# H\nnext", "<p>para</p>\n<h1>H</h1>\n<p>next</p>"},
-        {"---", "<hr>"},
-        {"***", "<hr>"},
-        {"a\n---\nb", "<p>a</p>\n<hr>\n<p>b</p>"},
-        {"- - -", "<ul>\n<li>- -</li>\n</ul>"},
+        {"", ""}, {"\n\n", ""}, {"Hello\nworld", "<p>Hello world</p>"}, {"a\n\nb", "<p>a</p>\n<p>b</p>"},
+        {"a\r\nb\r\n\r\nc", "<p>a b</p>\n<p>c</p>"}, {"  indented \t", "<p>indented</p>"}, {" \t \nx", "<p>x</p>"},
+        {"# Title", "<h1>Title</h1>"}, {"###   Spaced *out*  ", "<h3>Spaced <em>out</em></h3>"},
+        {"####### Seven", "<h7>Seven</h7>"}, {"#Tag", "<p>#Tag</p>"}, {"#", "<p>#</p>"},
+        {"para\n# H\nnext", "<p>para</p>\n<h1>H</h1>\n<p>next</p>"}, {"---", "<hr>"}, {"***", "<hr>"},
+        {"a\n---\nb", "<p>a</p>\n<hr>\n<p>b</p>"}, {"- - -", "<ul>\n<li>- -</li>\n</ul>"},
         {"> quote *x*", "<blockquote><p>quote <em>x</em></p></blockquote>"},
-        {"> a\n> b", "<blockquote><p>a</p></blockquote>\n<blockquote><p>b</p></blockquote>"},
-        {">no", "<p>&gt;no</p>"},
-        {"- a\n- b", "<ul>\n<li>a</li>\n<li>b</li>\n</ul>"},
-        {"* a\n+ b", "<ul>\n<li>a</li>\n<li>b</li>\n</ul>"},
+        {"> a\n> b", "<blockquote><p>a</p></blockquote>\n<blockquote><p>b</p></blockquote>"}, {">no", "<p>&gt;no</p>"},
+        {"- a\n- b", "<ul>\n<li>a</li>\n<li>b</li>\n</ul>"}, {"* a\n+ b", "<ul>\n<li>a</li>\n<li>b</li>\n</ul>"},
         {"1. a\n22. b", "<ol>\n<li>a</li>\n<li>b</li>\n</ol>"},
         {"- a\n1. b", "<ul>\n<li>a</li>\n</ul>\n<ol>\n<li>b</li>\n</ol>"},
         {"- a\n\n- b", "<ul>\n<li>a</li>\n</ul>\n<ul>\n<li>b</li>\n</ul>"},
-        {"\t- tabbed", "<ul>\n<li>tabbed</li>\n</ul>"},
-        {"-item\n1.5 apples\n1.x", "<p>-item 1.5 apples 1.x</p>"},
+        {"\t- tabbed", "<ul>\n<li>tabbed</li>\n</ul>"}, {"-item\n1.5 apples\n1.x", "<p>-item 1.5 apples 1.x</p>"},
         {"para\n- a", "<p>para</p>\n<ul>\n<li>a</li>\n</ul>"},
         // A paragraph line doesn't end the list: the paragraph lands inside it, as the rules say.
         {"- a\ntext", "<ul>\n<li>a</li>\n<p>text</p>\n</ul>"},

@@ -36,8 +36,7 @@ TEST(RtfBadInputTest, BadInputIsRefusedOrReadAsFarAsItGoes)
     static constexpr char withNulBytes[] = "{\\rtf1 a\0b\x01" "c\\par}";
     const QByteArray withNul(withNulBytes, sizeof withNulBytes - 1);
     const BadInput cases[] = {
-        {"empty", "", Outcome::Refused, ""},
-        {"plain text", "Dear reader,\nthis is not RTF.", Outcome::Refused, ""},
+        {"empty", "", Outcome::Refused, ""}, {"plain text", "Dear reader,\nthis is not RTF.", Outcome::Refused, ""},
         {"a PDF", "%PDF-1.7\n1 0 obj <<>> endobj", Outcome::Refused, ""},
         {"only the opening", "{\\rtf", Outcome::Read, ""},
         {"never closed", "{\\rtf1 unclosed {\\b bold", Outcome::Read, "p unclosed **bold**"},
