@@ -39,17 +39,11 @@ void AudioResult::start(const AudioShape& shape)
     if (cover)
         m_coverOut = &m_output.addCopiedStream(*cover);
 
-    AVDictionary* options = nullptr;
     // AIFF keeps tags and the cover in an ID3 chunk, which its muxer writes only when asked.
     if (m_container == AudioContainer::aiff)
-        av_dict_set(&options, "write_id3v2", "1", 0);
-    try {
-        m_output.writeHeader(options);
-    } catch (...) {
-        av_dict_free(&options);
-        throw;
-    }
-    av_dict_free(&options);
+        m_output.writeHeader({{"write_id3v2", "1"}});
+    else
+        m_output.writeHeader();
     // The picture goes first: FLAC and AIFF hold back audio until every picture has arrived.
     if (cover)
         writeCoverArt(*cover);

@@ -37,6 +37,27 @@ using PacketPtr = std::unique_ptr<AVPacket, PacketFree>;
 using FilterGraphPtr = std::unique_ptr<AVFilterGraph, FilterGraphFree>;
 using InputFormatPtr = std::unique_ptr<AVFormatContext, InputFormatClose>;
 
+// Hands `frame` (or `packet`) to `sink`, then empties it for the next one, whether or not
+// the sink throws: the receive loops of decoders, encoders and filters all end this way.
+template <typename Sink>
+void handOver(AVFrame& frame, const Sink& sink)
+{
+    struct Emptied {
+        AVFrame& frame;
+        ~Emptied() { av_frame_unref(&frame); }
+    } emptied{frame};
+    sink(frame);
+}
+template <typename Sink>
+void handOver(AVPacket& packet, const Sink& sink)
+{
+    struct Emptied {
+        AVPacket& packet;
+        ~Emptied() { av_packet_unref(&packet); }
+    } emptied{packet};
+    sink(packet);
+}
+
 // Allocations that can't fail quietly: they throw std::bad_alloc like `new`.
 FramePtr makeFrame();
 PacketPtr makePacket();

@@ -17,16 +17,7 @@ namespace {
 
 std::string fraction(AVRational value) { return std::to_string(value.num) + "/" + std::to_string(value.den); }
 
-// A chain fails on what the file holds (frames that change shape mid-stream, sizes a filter
-// refuses) as often as on a mistake here; the log says which, the user hears that the file
-// couldn't be read.
-void require(int result, const char* what)
-{
-    if (result < 0) {
-        qCWarning(lcMedia, "%s: %s", what, qPrintable(avErrorText(result)));
-        throw cantReadMedia();
-    }
-}
+void require(int result, const char* what) { requireFilterStep(result, what); }
 
 // A layout every filter understands: a decoder that knows only the channel count says so.
 AVChannelLayout usableLayout(const AVChannelLayout& layout)
@@ -171,20 +162,24 @@ void FilterChain::push(AVFrame* frame, const FrameSink& sink)
     pull(sink);
 }
 
-void FilterChain::pull(const FrameSink& sink)
+void FilterChain::pull(const FrameSink& sink) { drainFilterOutput(*m_sink, *m_frame, sink); }
+
+void requireFilterStep(int result, const char* what)
+{
+    if (result < 0) {
+        qCWarning(lcMedia, "%s: %s", what, qPrintable(avErrorText(result)));
+        throw cantReadMedia();
+    }
+}
+
+void drainFilterOutput(AVFilterContext& output, AVFrame& scratch, const FilterChain::FrameSink& sink)
 {
     for (;;) {
-        const int received = av_buffersink_get_frame(m_sink, m_frame.get());
+        const int received = av_buffersink_get_frame(&output, &scratch);
         if (received == AVERROR(EAGAIN) || received == AVERROR_EOF)
             return;
-        require(received, "filter output frame");
-        try {
-            sink(*m_frame);
-        } catch (...) {
-            av_frame_unref(m_frame.get());
-            throw;
-        }
-        av_frame_unref(m_frame.get());
+        requireFilterStep(received, "filter output frame");
+        handOver(scratch, sink);
     }
 }
 

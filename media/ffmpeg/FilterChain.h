@@ -89,6 +89,14 @@ std::string videoSourceArguments(const VideoShape& shape);
 // the last picture for as long as it lasts: a one-frame clip still gives a frame.
 int64_t videoFrameEnd(const AVFrame& frame, const VideoShape& shape);
 
+// Throws "Can't read this file" when a libavfilter step failed (`result` < 0), with the
+// library's reason and `what` in the log: a chain fails on what the file holds (frames that
+// change shape mid-stream, sizes a filter refuses) as often as on a mistake here.
+void requireFilterStep(int result, const char* what);
+
+// Hands every frame the buffer sink `output` has ready to `sink`, through `scratch`.
+void drainFilterOutput(AVFilterContext& output, AVFrame& scratch, const FilterChain::FrameSink& sink);
+
 // "stereo", "5.1(side)", or "4 channels" for a layout without a name.
 std::string channelLayoutName(const AVChannelLayout& layout);
 

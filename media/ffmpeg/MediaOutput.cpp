@@ -64,10 +64,11 @@ AVStream& MediaOutput::addCopiedStream(const AVStream& source)
     return *stream;
 }
 
-void MediaOutput::writeHeader(AVDictionary* options)
+void MediaOutput::writeHeader(const MuxerOptions& options)
 {
     AVDictionary* remaining = nullptr;
-    av_dict_copy(&remaining, options, 0);
+    for (const auto& [name, value] : options)
+        av_dict_set(&remaining, name, value, 0);
     const int written = avformat_write_header(m_format, &remaining);
     av_dict_free(&remaining);
     require(written, "output header");

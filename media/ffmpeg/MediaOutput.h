@@ -4,6 +4,9 @@
 
 #include <QString>
 
+#include <utility>
+#include <vector>
+
 namespace wendrel::media {
 
 // A media file being written, packet by packet, in scratch space. Until `finish` succeeds the
@@ -29,9 +32,11 @@ public:
     // A stream carrying `source`'s packets unchanged (stream copy).
     AVStream& addCopiedStream(const AVStream& source);
 
-    // Writes the container header with the metadata set on `format()` and its streams so far;
-    // `options` are the muxer's ("movflags" ...).
-    void writeHeader(AVDictionary* options = nullptr);
+    // The muxer's own options, name and value ({"movflags", "+faststart"}).
+    using MuxerOptions = std::vector<std::pair<const char*, const char*>>;
+
+    // Writes the container header with the metadata set on `format()` and its streams so far.
+    void writeHeader(const MuxerOptions& options = {});
 
     // Writes `packet`, whose timestamps are in `timeBase`, to `stream`. Takes the packet's
     // data (the packet is blank afterwards).

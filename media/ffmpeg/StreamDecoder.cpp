@@ -55,13 +55,7 @@ void StreamDecoder::receiveFrames(const FrameSink& sink)
         }
         m_frame->pts = m_frame->best_effort_timestamp;
         ++m_framesDecoded;
-        try {
-            sink(*m_frame);
-        } catch (...) {
-            av_frame_unref(m_frame.get());
-            throw;
-        }
-        av_frame_unref(m_frame.get());
+        handOver(*m_frame, sink);
     }
 }
 

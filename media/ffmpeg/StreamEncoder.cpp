@@ -38,13 +38,7 @@ void StreamEncoder::encode(const AVFrame* frame, const PacketSink& sink)
             return;
         if (received < 0)
             throw cantSaveMedia(avErrorText(received));
-        try {
-            sink(*m_packet);
-        } catch (...) {
-            av_packet_unref(m_packet.get());
-            throw;
-        }
-        av_packet_unref(m_packet.get());
+        handOver(*m_packet, sink);
     }
 }
 

@@ -201,18 +201,7 @@ private:
             nullptr, output.wantsGlobalHeader());
     }
 
-    static void writeHeaderLoopingForever(MediaOutput& output)
-    {
-        AVDictionary* options = nullptr;
-        av_dict_set(&options, "loop", "0", 0);
-        try {
-            output.writeHeader(options);
-        } catch (...) {
-            av_dict_free(&options);
-            throw;
-        }
-        av_dict_free(&options);
-    }
+    static void writeHeaderLoopingForever(MediaOutput& output) { output.writeHeader({{"loop", "0"}}); }
 
     MediaInput& m_input;
     AVStream& m_stream;

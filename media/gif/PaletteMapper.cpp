@@ -12,15 +12,7 @@ namespace wendrel::media {
 
 namespace {
 
-// As with single-input chains: the log says what libavfilter refused, the user hears that the
-// file couldn't be read.
-void require(int result, const char* what)
-{
-    if (result < 0) {
-        qCWarning(lcMedia, "%s: %s", what, qPrintable(avErrorText(result)));
-        throw cantReadMedia();
-    }
-}
+void require(int result, const char* what) { requireFilterStep(result, what); }
 
 // One open end of the graph's description, tied to a filter we made.
 AVFilterInOut* openEnd(const char* name, AVFilterContext* filter, AVFilterInOut* next)
@@ -102,19 +94,7 @@ void PaletteMapper::push(AVFrame* frame, const FrameSink& sink)
         // Dated, so the last picture is shown for its whole duration.
         require(av_buffersrc_close(m_frames, m_end, AV_BUFFERSRC_FLAG_PUSH), "picture end");
     }
-    for (;;) {
-        const int received = av_buffersink_get_frame(m_sink, m_frame.get());
-        if (received == AVERROR(EAGAIN) || received == AVERROR_EOF)
-            return;
-        require(received, "mapped frame");
-        try {
-            sink(*m_frame);
-        } catch (...) {
-            av_frame_unref(m_frame.get());
-            throw;
-        }
-        av_frame_unref(m_frame.get());
-    }
+    drainFilterOutput(*m_sink, *m_frame, sink);
 }
 
 AVRational PaletteMapper::outputTimeBase() const { return av_buffersink_get_time_base(m_sink); }

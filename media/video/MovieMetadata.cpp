@@ -67,17 +67,9 @@ void copyPictureSideData(const AVStream& from, AVStream& to, bool copied)
 void writeMovieHeader(MediaOutput& output, const AVFormatContext& input, bool quickTimeKeys)
 {
     copyContainerTags(input.metadata, &output.format().metadata);
-    AVDictionary* options = nullptr;
     // Muxers outside the QuickTime family don't know the option and leave it unused.
     const bool keepKeys = quickTimeKeys && hasQuickTimeKeys(input.metadata);
-    av_dict_set(&options, "movflags", keepKeys ? "+faststart+use_metadata_tags" : "+faststart", 0);
-    try {
-        output.writeHeader(options);
-    } catch (...) {
-        av_dict_free(&options);
-        throw;
-    }
-    av_dict_free(&options);
+    output.writeHeader({{"movflags", keepKeys ? "+faststart+use_metadata_tags" : "+faststart"}});
 }
 
 }  // namespace wendrel::media

@@ -33,14 +33,10 @@ void pumpPackets(MediaInput& input, const std::map<int, PacketHandler>& handlers
                     progress(done);
                 }
             }
-            try {
-                handler->second(*packet);
-            } catch (...) {
-                av_packet_unref(packet.get());
-                throw;
-            }
+            handOver(*packet, handler->second);
+        } else {
+            av_packet_unref(packet.get());
         }
-        av_packet_unref(packet.get());
     }
 }
 
