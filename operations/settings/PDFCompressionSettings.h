@@ -23,11 +23,6 @@ struct PDFCompressionSettings {
         {Mode::quality, "quality"},
         {Mode::targetSize, "targetSize"},
     }};
-    static constexpr RawValues<QualityLevel, const char*, 3> qualitySpellings{{
-        {QualityLevel::high, "high"},
-        {QualityLevel::balanced, "balanced"},
-        {QualityLevel::small, "small"},
-    }};
 
     // The stored form: each member's key, once.
     static auto fields()
@@ -35,7 +30,7 @@ struct PDFCompressionSettings {
         using Self = PDFCompressionSettings;
         return std::tuple{
             field("mode", &Self::mode, modeSpellings),
-            field("quality", &Self::quality, qualitySpellings),
+            field("quality", &Self::quality, qualityLevelSpellings),
             field("targetMB", &Self::targetMB),
             field("rasterize", &Self::rasterize),
         };

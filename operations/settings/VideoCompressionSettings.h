@@ -26,11 +26,6 @@ struct VideoCompressionSettings {
         {Mode::quality, "quality"},
         {Mode::targetSize, "targetSize"},
     }};
-    static constexpr RawValues<QualityLevel, const char*, 3> qualitySpellings{{
-        {QualityLevel::high, "high"},
-        {QualityLevel::balanced, "balanced"},
-        {QualityLevel::small, "small"},
-    }};
     static constexpr RawValues<Codec, const char*, 2> codecSpellings{{
         {Codec::h264, "h264"},
         {Codec::hevc, "hevc"},
@@ -42,7 +37,7 @@ struct VideoCompressionSettings {
         using Self = VideoCompressionSettings;
         return std::tuple{
             field("mode", &Self::mode, modeSpellings),
-            field("quality", &Self::quality, qualitySpellings),
+            field("quality", &Self::quality, qualityLevelSpellings),
             field("targetMB", &Self::targetMB),
             field("maxHeight", &Self::maxHeight),
             field("codec", &Self::codec, codecSpellings),

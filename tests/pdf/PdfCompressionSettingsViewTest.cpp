@@ -5,6 +5,7 @@
 #include "operations/prompt/AskBeforeRunning.h"
 #include "operations/prompt/PromptValues.h"
 #include "operations/settings/SettingsStore.h"
+#include "support/PromptSheet.h"
 
 #include <QFile>
 
@@ -14,23 +15,7 @@ using namespace wendrel;
 
 namespace {
 
-// What a person sees of the sheet while the answers are `answers`, top to bottom: each shown
-// field's label, then its choices, unit or caption.
-QStringList shownFields(const PromptRequest& request, const QJsonObject& answers)
-{
-    QStringList lines;
-    for (const PromptField& field : request.fields) {
-        if (!request.isShown(field, answers))
-            continue;
-        QStringList parts;
-        for (const PromptChoice& choice : field.choices)
-            parts.append(choice.title);
-        parts += QStringList{field.unit, captionFor(field, answers.value(field.key))};
-        parts.removeAll(QString());
-        lines.append(field.label + QStringLiteral(": ") + parts.join(QStringLiteral(" | ")));
-    }
-    return lines;
-}
+using test::shownFields;
 
 class PdfCompressionSettingsViewTest : public ::testing::Test {
 protected:
