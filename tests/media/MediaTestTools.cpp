@@ -30,13 +30,6 @@ std::optional<QByteArray> outputOf(const QString& program, const QStringList& ar
     return outcome.out;
 }
 
-QStringList ffmpegLines(const QStringList& arguments)
-{
-    return QString::fromUtf8(outputOf(u"ffmpeg"_s, QStringList{u"-v"_s, u"error"_s, u"-nostdin"_s} + arguments)
-                                 .value_or(QByteArray()))
-        .split(u'\n', Qt::SkipEmptyParts);
-}
-
 QMap<QString, QString> lowerCasedTags(const QJsonObject& owner)
 {
     QMap<QString, QString> tags;
@@ -49,10 +42,8 @@ QMap<QString, QString> lowerCasedTags(const QJsonObject& owner)
 // ffprobe writes most numbers of the streams as strings.
 double number(const QJsonValue& value, double fallback)
 {
-    if (value.isDouble())
-        return value.toDouble();
-    bool ok = false;
-    const double parsed = value.toString().toDouble(&ok);
+    bool ok = value.isDouble();
+    const double parsed = ok ? value.toDouble() : value.toString().toDouble(&ok);
     return ok ? parsed : fallback;
 }
 
@@ -152,9 +143,11 @@ double samplePeak(const QString& path)
 
 QStringList packetDigests(const QString& path, const QString& selector)
 {
+    const QByteArray output = outputOf(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, path, u"-map"_s, u"0:%1:0"_s.arg(selector),
+                                                     u"-c"_s, u"copy"_s, u"-f"_s, u"framemd5"_s, u"-"_s})
+                                  .value_or(QByteArray());
     QStringList digests;
-    for (const QString& line : ffmpegLines({u"-i"_s, path, u"-map"_s, u"0:%1:0"_s.arg(selector), u"-c"_s, u"copy"_s,
-                                            u"-f"_s, u"framemd5"_s, u"-"_s})) {
+    for (const QString& line : QString::fromUtf8(output).split(u'\n', Qt::SkipEmptyParts)) {
         if (!line.startsWith(u'#'))
             digests.append(line.section(u',', -1).trimmed());
     }
