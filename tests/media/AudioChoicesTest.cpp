@@ -85,7 +85,7 @@ TEST(AudioChoicesTest, FramePeakOfEveryLayout)
     EXPECT_EQ(peakOf(AV_SAMPLE_FMT_FLTP, 2, asBytes(std::vector<float>{0.1f, nan, -0.75f, inf})), 0.75f);
     EXPECT_EQ(peakOf(AV_SAMPLE_FMT_DBL, 1, asBytes(std::vector<double>{-0.25, 0.125})), 0.25f);
 
-    std::vector<float> samples{0.5f, -0.9f, 0.1f, nan, -inf};
+    std::vector<float> samples{0.6f, -0.9f, 0.1f, nan, -inf};
     applyGain(samples.data(), samples.size(), 2.0f);
     EXPECT_EQ(samples, (std::vector<float>{1.0f, -1.0f, 0.2f, 0.0f, -1.0f}));
 }
