@@ -11,10 +11,24 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <optional>
+
+using namespace Qt::StringLiterals;
 
 namespace wendrel::test {
 
 namespace {
+
+// A program's standard output, or nothing (and a failed test) when it fails.
+std::optional<QByteArray> outputOf(const QString& program, const QStringList& arguments)
+{
+    const ToolOutcome outcome = runExternalTool(program, arguments);
+    if (!outcome.succeeded()) {
+        ADD_FAILURE() << outcome.describe(program, arguments).toStdString();
+        return std::nullopt;
+    }
+    return outcome.out;
+}
 
 QMap<QString, QString> lowerCasedTags(const QJsonObject& owner)
 {
@@ -28,10 +42,8 @@ QMap<QString, QString> lowerCasedTags(const QJsonObject& owner)
 // ffprobe writes most numbers of the streams as strings.
 double number(const QJsonValue& value, double fallback)
 {
-    if (value.isDouble())
-        return value.toDouble();
-    bool ok = false;
-    const double parsed = value.toString().toDouble(&ok);
+    bool ok = value.isDouble();
+    const double parsed = ok ? value.toDouble() : value.toString().toDouble(&ok);
     return ok ? parsed : fallback;
 }
 
@@ -40,9 +52,8 @@ int clockwiseRotation(const QJsonObject& stream)
 {
     double clockwise = number(stream.value(u"tags").toObject().value(u"rotate"), 0);
     for (const QJsonValue& data : stream.value(u"side_data_list").toArray()) {
-        const QJsonObject side = data.toObject();
-        if (side.value(u"side_data_type").toString() == u"Display Matrix")
-            clockwise = -number(side.value(u"rotation"), 0);
+        if (data[u"side_data_type"].toString() == u"Display Matrix")
+            clockwise = -number(data[u"rotation"], 0);
     }
     const int degrees = int(std::lround(clockwise)) % 360;
     return degrees < 0 ? degrees + 360 : degrees;
@@ -50,38 +61,31 @@ int clockwiseRotation(const QJsonObject& stream)
 
 ProbedStream streamOf(const QJsonObject& stream)
 {
-    ProbedStream probed;
-    probed.type = stream.value(u"codec_type").toString();
-    probed.codec = stream.value(u"codec_name").toString();
-    probed.profile = stream.value(u"profile").toString();
-    probed.channels = stream.value(u"channels").toInt();
-    probed.sampleRate = int(number(stream.value(u"sample_rate"), 0));
-    probed.sampleFormat = stream.value(u"sample_fmt").toString();
-    probed.bitsPerRawSample = int(number(stream.value(u"bits_per_raw_sample"), 0));
-    probed.bitsPerSample = int(number(stream.value(u"bits_per_sample"), 0));
-    probed.width = stream.value(u"width").toInt();
-    probed.height = stream.value(u"height").toInt();
-    probed.pixelFormat = stream.value(u"pix_fmt").toString();
-    probed.rotation = clockwiseRotation(stream);
-    probed.frames = qint64(number(stream.value(u"nb_read_frames"), number(stream.value(u"nb_frames"), -1)));
-    probed.duration = number(stream.value(u"duration"), -1);
-    probed.tags = lowerCasedTags(stream);
-    probed.attachedPicture = stream.value(u"disposition").toObject().value(u"attached_pic").toInt() == 1;
-    return probed;
+    const int rawBits = int(number(stream.value(u"bits_per_raw_sample"), 0));
+    return {.type = stream.value(u"codec_type").toString(),
+            .codec = stream.value(u"codec_name").toString(),
+            .codecTag = stream.value(u"codec_tag_string").toString(),
+            .channels = stream.value(u"channels").toInt(),
+            .sampleRate = int(number(stream.value(u"sample_rate"), 0)),
+            .sampleFormat = stream.value(u"sample_fmt").toString(),
+            .bitDepth = rawBits > 0 ? rawBits : int(number(stream.value(u"bits_per_sample"), 0)),
+            .width = stream.value(u"width").toInt(),
+            .height = stream.value(u"height").toInt(),
+            .pixelFormat = stream.value(u"pix_fmt").toString(),
+            .rotation = clockwiseRotation(stream),
+            .frames = qint64(number(stream.value(u"nb_read_frames"), number(stream.value(u"nb_frames"), -1))),
+            .duration = number(stream.value(u"duration"), -1),
+            .attachedPicture = stream.value(u"disposition").toObject().value(u"attached_pic").toInt() == 1};
 }
 
 }  // namespace
 
+QStringList lavfi(const QString& source) { return {u"-f"_s, u"lavfi"_s, u"-i"_s, source}; }
+
 bool makeMedia(const QString& path, const QStringList& ffmpegArguments)
 {
-    const QStringList arguments =
-        QStringList{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y"), QStringLiteral("-nostdin")} +
-        ffmpegArguments + QStringList{path};
-    const ToolOutcome outcome = runExternalTool(QStringLiteral("ffmpeg"), arguments);
-    if (!outcome.succeeded())
-        ADD_FAILURE() << "making a test input failed: "
-                      << outcome.describe(QStringLiteral("ffmpeg"), arguments).toStdString();
-    return outcome.succeeded();
+    return outputOf(u"ffmpeg"_s, QStringList{u"-v"_s, u"error"_s, u"-y"_s, u"-nostdin"_s} + ffmpegArguments + QStringList{path})
+        .has_value();
 }
 
 bool makeTone(const QString& path, double seconds, double peak, int sampleRate, int channels,
@@ -90,14 +94,11 @@ bool makeTone(const QString& path, double seconds, double peak, int sampleRate, 
     // A whole number of samples per quarter period puts a sample on every crest, where the
     // sine is exactly 1.
     const int quarterPeriod = std::max(1, int(std::lround(sampleRate / (4.0 * 440))));
-    const QString wave = QStringLiteral("%1*sin(PI*n/%2)").arg(peak, 0, 'g', 17).arg(2 * quarterPeriod);
-    QStringList perChannel;
-    for (int channel = 0; channel < channels; ++channel)
-        perChannel.append(wave);
-    const QString source =
-        QStringLiteral("aevalsrc=%1:s=%2:d=%3").arg(perChannel.join(u'|')).arg(sampleRate).arg(seconds, 0, 'g', 17);
-    return makeMedia(path, QStringList{QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), source} +
-                               codecArguments);
+    const QString wave = u"%1*sin(PI*n/%2)"_s.arg(peak, 0, 'g', 17).arg(2 * quarterPeriod);
+    const QString source = u"aevalsrc=%1:s=%2:d=%3"_s.arg(QList<QString>(channels, wave).join(u'|'))
+                               .arg(sampleRate)
+                               .arg(seconds, 0, 'g', 17);
+    return makeMedia(path, lavfi(source) + codecArguments);
 }
 
 int ProbedMedia::count(const QString& type) const
@@ -113,24 +114,14 @@ ProbedStream ProbedMedia::first(const QString& type) const
 
 ProbedMedia probeMedia(const QString& path, bool countFrames)
 {
-    QStringList arguments{QStringLiteral("-v"),           QStringLiteral("error"),       QStringLiteral("-print_format"),
-                          QStringLiteral("json"),         QStringLiteral("-show_format"), QStringLiteral("-show_streams")};
+    QStringList arguments{u"-v"_s, u"error"_s, u"-print_format"_s, u"json"_s, u"-show_format"_s, u"-show_streams"_s};
     if (countFrames)
-        arguments.append(QStringLiteral("-count_frames"));
-    arguments.append(path);
-    const ToolOutcome outcome = runExternalTool(QStringLiteral("ffprobe"), arguments);
-    ProbedMedia media;
-    if (!outcome.succeeded()) {
-        ADD_FAILURE() << outcome.describe(QStringLiteral("ffprobe"), arguments).toStdString();
-        return media;
-    }
-    const QJsonObject report = QJsonDocument::fromJson(outcome.out).object();
+        arguments.append(u"-count_frames"_s);
+    const QJsonObject report = QJsonDocument::fromJson(outputOf(u"ffprobe"_s, arguments << path).value_or(QByteArray())).object();
     const QJsonObject format = report.value(u"format").toObject();
-    media.ok = !format.isEmpty();
-    media.formatName = format.value(u"format_name").toString();
-    media.duration = number(format.value(u"duration"), -1);
-    media.bitRate = qint64(number(format.value(u"bit_rate"), 0));
-    media.tags = lowerCasedTags(format);
+    ProbedMedia media{.duration = number(format.value(u"duration"), -1),
+                      .bitRate = qint64(number(format.value(u"bit_rate"), 0)),
+                      .tags = lowerCasedTags(format)};
     for (const QJsonValue& stream : report.value(u"streams").toArray())
         media.streams.append(streamOf(stream.toObject()));
     return media;
@@ -138,22 +129,54 @@ ProbedMedia probeMedia(const QString& path, bool countFrames)
 
 double samplePeak(const QString& path)
 {
-    const QStringList arguments{QStringLiteral("-v"),  QStringLiteral("error"), QStringLiteral("-nostdin"),
-                                QStringLiteral("-i"),  path,                    QStringLiteral("-map"),
-                                QStringLiteral("0:a:0"), QStringLiteral("-f"),  QStringLiteral("f32le"),
-                                QStringLiteral("-")};
-    const ToolOutcome outcome = runExternalTool(QStringLiteral("ffmpeg"), arguments);
-    if (!outcome.succeeded()) {
-        ADD_FAILURE() << outcome.describe(QStringLiteral("ffmpeg"), arguments).toStdString();
-        return -1;
-    }
+    const QByteArray samples =
+        outputOf(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-nostdin"_s, u"-i"_s, path, u"-map"_s, u"0:a:0"_s, u"-f"_s, u"f32le"_s, u"-"_s})
+            .value_or(QByteArray());
     float peak = 0;
-    for (qsizetype offset = 0; offset + 4 <= outcome.out.size(); offset += 4) {
+    for (qsizetype offset = 0; offset + 4 <= samples.size(); offset += 4) {
         float sample = 0;
-        std::memcpy(&sample, outcome.out.constData() + offset, sizeof sample);
+        std::memcpy(&sample, samples.constData() + offset, sizeof sample);
         peak = std::max(peak, std::fabs(sample));
     }
     return peak;
+}
+
+QStringList packetDigests(const QString& path, const QString& selector)
+{
+    const QByteArray output = outputOf(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, path, u"-map"_s, u"0:%1:0"_s.arg(selector),
+                                                     u"-c"_s, u"copy"_s, u"-f"_s, u"framemd5"_s, u"-"_s})
+                                  .value_or(QByteArray());
+    QStringList digests;
+    for (const QString& line : QString::fromUtf8(output).split(u'\n', Qt::SkipEmptyParts)) {
+        if (!line.startsWith(u'#'))
+            digests.append(line.section(u',', -1).trimmed());
+    }
+    return digests;
+}
+
+QList<qint64> pictureTimes(const QString& path)
+{
+    const QByteArray output = outputOf(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-select_streams"_s, u"v:0"_s, u"-show_entries"_s,
+                                                      u"packet=pts_time"_s, u"-of"_s, u"csv=p=0"_s, path})
+                                  .value_or(QByteArray());
+    QList<qint64> times;
+    for (const QString& line : QString::fromUtf8(output).split(u'\n', Qt::SkipEmptyParts))
+        times.append(std::llround(line.toDouble() * 1000));
+    std::sort(times.begin(), times.end());
+    return times;
+}
+
+std::array<int, 3> firstPixel(const QString& path, int width, int x, int y)
+{
+    const QByteArray picture = outputOf(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, path, u"-frames:v"_s, u"1"_s, u"-f"_s,
+                                                      u"rawvideo"_s, u"-pix_fmt"_s, u"rgb24"_s, u"-"_s})
+                                   .value_or(QByteArray());
+    const qsizetype at = (qsizetype(y) * width + x) * 3;
+    if (picture.size() < at + 3) {
+        ADD_FAILURE() << path.toStdString() << " has no pixel at " << x << "," << y;
+        return {-1, -1, -1};
+    }
+    return {quint8(picture[at]), quint8(picture[at + 1]), quint8(picture[at + 2])};
 }
 
 }  // namespace wendrel::test

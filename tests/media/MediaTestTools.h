@@ -5,14 +5,18 @@
 #include <QString>
 #include <QStringList>
 
+#include <array>
+
 // Inputs for the audio and video tests made by the ffmpeg program from its generated sources,
-// and results judged by ffprobe and ffmpeg: independent of the code under test.
+// and results judged by ffprobe and ffmpeg: independent of the code under test. Each fails the
+// calling test with the program's message when the program fails.
 namespace wendrel::test {
 
-// Runs `ffmpeg -v error -y -nostdin ARGUMENTS PATH`, e.g. {"-f", "lavfi", "-i",
-// "sine=frequency=440:duration=2", "-c:a", "pcm_s16le"}; the container follows PATH's
-// extension unless the arguments say "-f". Fails the calling test with ffmpeg's message
-// when it fails.
+// `-f lavfi -i SOURCE`: one of the ffmpeg program's generated sources as an input.
+QStringList lavfi(const QString& source);
+
+// Runs `ffmpeg -v error -y -nostdin ARGUMENTS PATH`; the container follows PATH's extension
+// unless the arguments say "-f".
 bool makeMedia(const QString& path, const QStringList& ffmpegArguments);
 
 // A tone of about 440 Hz whose sample peak is exactly `peak` (in float) on every channel: the
@@ -24,28 +28,21 @@ bool makeTone(const QString& path, double seconds, double peak, int sampleRate =
 struct ProbedStream {
     QString type;  // "audio", "video", "subtitle", "data", "attachment"
     QString codec;
-    QString profile;
+    QString codecTag;  // the sample entry's code, "hvc1"
     int channels = 0;
     int sampleRate = 0;
     QString sampleFormat;
-    int bitsPerRawSample = 0;
-    int bitsPerSample = 0;
+    int bitDepth = 0;  // as stored: the raw depth where the codec has one, PCM's sample size
     int width = 0;
     int height = 0;
     QString pixelFormat;
     int rotation = 0;      // clockwise degrees a player turns the picture by: 0, 90, 180 or 270
     qint64 frames = -1;    // from the container, or counted when asked; -1 when unknown
     double duration = -1;  // seconds; -1 when unknown
-    QMap<QString, QString> tags;  // keys lower-cased
     bool attachedPicture = false;  // a cover picture, not a video
-
-    // Bits per sample as stored: FLAC and lossy codecs give the raw depth, PCM the sample size.
-    int bitDepth() const { return bitsPerRawSample > 0 ? bitsPerRawSample : bitsPerSample; }
 };
 
 struct ProbedMedia {
-    bool ok = false;
-    QString formatName;  // "mov,mp4,m4a,3gp,3g2,mj2", "wav", "matroska,webm" …
     double duration = -1;
     qint64 bitRate = 0;
     QMap<QString, QString> tags;  // keys lower-cased
@@ -57,11 +54,21 @@ struct ProbedMedia {
 };
 
 // What `ffprobe -show_format -show_streams` says; `countFrames` decodes every stream to count
-// its frames. Fails the calling test when ffprobe fails.
+// its frames.
 ProbedMedia probeMedia(const QString& path, bool countFrames = false);
 
-// The largest absolute sample value of the first audio stream, as ffmpeg decodes it to float;
-// -1 (and a failed test) when it can't be read.
+// The largest absolute sample value of the first audio stream, as ffmpeg decodes it to float.
 double samplePeak(const QString& path);
+
+// A digest of each packet of the first stream of `selector` ("v", "a"), in order, as ffmpeg
+// reads them without decoding: equal lists mean the stream went across bit for bit.
+QStringList packetDigests(const QString& path, const QString& selector);
+
+// The presentation times of the first video stream's pictures, in milliseconds, sorted.
+QList<qint64> pictureTimes(const QString& path);
+
+// One pixel (RGB) of the first picture as ffmpeg decodes it, turned upright as players show
+// it, in a picture `width` wide.
+std::array<int, 3> firstPixel(const QString& path, int width, int x, int y);
 
 }  // namespace wendrel::test

@@ -18,16 +18,13 @@ TEST(VideoRulesTest, EncodedSizeLimitsTheDisplayedHeight)
         int maxHeight;
         PictureSize expected;
         bool exceeds;
-    } rows[] = {
-        {{1920, 1080}, {1, 1}, 0, 0, {1920, 1080}, false},
-        {{1920, 1080}, {1, 1}, 0, 720, {1280, 720}, true},
+    } rows[] = {  // beyond the end-to-end runs' 320 x 180 and 640 x 360 turned to 240 high
         {{1920, 1080}, {1, 1}, 0, 2160, {1920, 1080}, false},  // never upscales
         {{1920, 1080}, {0, 1}, 1, 1280, {1280, 720}, true},    // a portrait phone clip: its width is its height
         {{1920, 1080}, {1, 1}, 3, 1920, {1920, 1080}, false},
         {{1920, 1080}, {1, 1}, 2, 1080, {1920, 1080}, false},  // upside down is still landscape
         {{720, 480}, {32, 27}, 1, 480, {404, 270}, true},      // wide pixels: 720 stored are 853 shown
         {{321, 241}, {1, 1}, 0, 0, {320, 240}, false},         // odd sides become even
-        {{320, 180}, {1, 1}, 1, 240, {240, 134}, true},
         {{4, 3}, {1, 1}, 0, 1, {2, 2}, true},                  // never below one 4:2:0 block
     };
     for (const auto& row : rows) {
@@ -43,19 +40,16 @@ TEST(VideoRulesTest, ContainersTakeWhatTheirPlayersRead)
         AVCodecID codec;
         bool mp4;
         bool mov;
-    } rows[] = {
-        {AV_CODEC_ID_H264, true, true},       {AV_CODEC_ID_HEVC, true, true},   {AV_CODEC_ID_MPEG4, true, true},
-        {AV_CODEC_ID_AV1, true, false},       {AV_CODEC_ID_PRORES, false, true}, {AV_CODEC_ID_MJPEG, false, true},
-        {AV_CODEC_ID_AAC, true, true},        {AV_CODEC_ID_MP3, true, true},    {AV_CODEC_ID_AC3, true, true},
-        {AV_CODEC_ID_PCM_S16LE, false, true}, {AV_CODEC_ID_OPUS, false, false}, {AV_CODEC_ID_VP8, false, false},
-        {AV_CODEC_ID_VORBIS, false, false},   {AV_CODEC_ID_FLAC, false, false},
+    } rows[] = {  // beyond what the end-to-end runs copy or re-encode (H.264, MJPEG, AAC, PCM)
+        {AV_CODEC_ID_HEVC, true, true},   {AV_CODEC_ID_MPEG4, true, true}, {AV_CODEC_ID_AV1, true, false},
+        {AV_CODEC_ID_PRORES, false, true}, {AV_CODEC_ID_MP3, true, true},  {AV_CODEC_ID_AC3, true, true},
+        {AV_CODEC_ID_OPUS, false, false}, {AV_CODEC_ID_VP8, false, false}, {AV_CODEC_ID_VORBIS, false, false},
+        {AV_CODEC_ID_FLAC, false, false},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(containerTakes(MovieContainer::mp4, row.codec), row.mp4) << avcodec_get_name(row.codec);
         EXPECT_EQ(containerTakes(MovieContainer::mov, row.codec), row.mov) << avcodec_get_name(row.codec);
     }
-    EXPECT_EQ(sampleEntryTag(AV_CODEC_ID_HEVC), MKTAG('h', 'v', 'c', '1'));
-    EXPECT_EQ(sampleEntryTag(AV_CODEC_ID_H264), 0u);
 }
 
 TEST(VideoRulesTest, CopiedTimesStartAtZeroAndOnlyGrow)
@@ -103,16 +97,11 @@ TEST(VideoRulesTest, SettingsChooseTheEncoding)
 TEST(VideoRulesTest, ContainerTagsLeaveTheOldFilesDetailsBehind)
 {
     AVDictionary* source = nullptr;
-    av_dict_set(&source, "title", "Walk", 0);
     av_dict_set(&source, "encoder", "Lavf58", 0);
     av_dict_set(&source, "major_brand", "qt  ", 0);
-    av_dict_set(&source, "creation_time", "2021-05-01T10:00:00Z", 0);
     av_dict_set(&source, phoneLocationKey, "+48.8584+002.2945/", 0);
     AVDictionary* copied = nullptr;
     copyContainerTags(source, &copied);
-    EXPECT_STREQ(av_dict_get(copied, "title", nullptr, 0)->value, "Walk");
-    EXPECT_STREQ(av_dict_get(copied, "creation_time", nullptr, 0)->value, "2021-05-01T10:00:00Z");
-    EXPECT_STREQ(av_dict_get(copied, locationKey, nullptr, 0)->value, "+48.8584+002.2945/");
     EXPECT_STREQ(av_dict_get(copied, phoneLocationKey, nullptr, 0)->value, "+48.8584+002.2945/");
     EXPECT_EQ(av_dict_get(copied, "encoder", nullptr, 0), nullptr);
     EXPECT_EQ(av_dict_get(copied, "major_brand", nullptr, 0), nullptr);
