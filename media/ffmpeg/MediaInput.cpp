@@ -14,7 +14,7 @@ MediaInput::MediaInput(const QString& path, const OperationContext& context)
     if (!format)
         throw std::bad_alloc();
     format->interrupt_callback = {&MediaInput::interruptRequested, this};
-    // Probing never follows references out of the file (playlists, concat lists, other files).
+    // Reading never leaves the local disk: a playlist named like a movie can't reach the network.
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "file", 0);
     const QByteArray name = path.toUtf8();
